@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/allocation_trap.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <utility>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define TRAP_BY_HOOKS
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define TRAP_BY_HOOKS
+#endif
+#endif
+
+namespace {
+
+thread_local bool armed = false;
+thread_local std::int64_t calls = 0;
+
+inline void Count() {
+    if (armed) ++calls;
+}
+
+}  // namespace
+
+#ifdef TRAP_BY_HOOKS
+
+#include <sanitizer/allocator_interface.h>
+
+namespace {
+
+// Installed once, before any trap is armed; the hooks cannot be taken away.
+void InstallHooks() {
+    static const int installed = __sanitizer_install_malloc_and_free_hooks(
+        [](const volatile void*, std::size_t) { Count(); }, [](const volatile void*) { Count(); });
+    ASSERT_NE(installed, 0);
+}
+
+}  // namespace
+
+#else
+
+// The C library's own entries behind the ones that are replaced here. operator new of the C++
+// library calls malloc, so that it is counted too.
+extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier)
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* block);
+// NOLINTEND(bugprone-reserved-identifier)
+
+__attribute__((visibility("default"))) void* malloc(std::size_t size) {
+    Count();
+    return __libc_malloc(size);
+}
+
+__attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size) {
+    Count();
+    return __libc_calloc(count, size);
+}
+
+__attribute__((visibility("default"))) void* realloc(void* block, std::size_t size) {
+    Count();
+    return __libc_realloc(block, size);
+}
+
+__attribute__((visibility("default"))) void* memalign(std::size_t alignment, std::size_t size) {
+    Count();
+    return __libc_memalign(alignment, size);
+}
+
+__attribute__((visibility("default"))) void* aligned_alloc(std::size_t alignment,
+                                                           std::size_t size) {
+    Count();
+    return __libc_memalign(alignment, size);
+}
+
+__attribute__((visibility("default"))) int posix_memalign(void** block, std::size_t alignment,
+                                                          std::size_t size) {
+    Count();
+    *block = __libc_memalign(alignment, size);
+    return *block == nullptr ? ENOMEM : 0;
+}
+
+__attribute__((visibility("default"))) void free(void* block) {
+    if (block != nullptr) Count();
+    __libc_free(block);
+}
+}
+
+namespace {
+
+void InstallHooks() {}
+
+}  // namespace
+
+#endif
+
+AllocationTrap::AllocationTrap(std::string newWhat) : what(std::move(newWhat)) {
+    InstallHooks();
+    calls = 0;
+    armed = true;
+}
+
+AllocationTrap::~AllocationTrap() {
+    armed = false;
+    EXPECT_EQ(calls, 0) << what << " took or freed memory";
+}
+
+std::int64_t AllocationTrap::Calls() const { return calls; }
+
+void AllocationTrap::Forgive() { calls = 0; }
