@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gmock/gmock.h>
+#include <sndfile.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+#include "tools/render_folder.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+class RenderFailures : public RenderFolder {
+protected:
+    void SetUp() override {
+        WriteSound("in.wav", Tones(0.2, 2));
+        std::ofstream(folder / "out.wav") << "precious";
+    }
+
+    void ExpectNothingTouched() {
+        EXPECT_EQ(Bytes("out.wav"), "precious");
+        for (const std::string& name : Names()) EXPECT_FALSE(name.ends_with(".part")) << name;
+    }
+};
+
+}  // namespace
+
+TEST_F(RenderFailures, AreOnePlainSentenceWithTheRightExitCode) {
+    std::ofstream(folder / "text.wav") << "no sound at all";
+    std::filesystem::create_directory(folder / "folder.wav");
+    mkfifo((folder / "pipe.wav").c_str(), 0600);
+    WriteSound("wide.wav", Tones(0.01, 9));
+    WriteSound("slow.wav", Tones(0.1, 1, 999));
+    struct Case {
+        Arguments arguments;
+        int exitCode;
+        const char* text;
+    };
+    const std::vector<Case> cases = {
+        {{}, 2, "No input file is given"},
+        {{"in.wav", "out.wav", "more.wav"}, 2, "more.wav"},
+        {{"in.wav", "out.wav", "--loud"}, 2, "--loud"},
+        {{"in.wav", "out.wav", "--set"}, 2, "--set"},
+        {{"in.wav", "out.wav", "--set", "Rate"}, 2, "--set takes PARAMETER=VALUE, not 'Rate'"},
+        {{"in.wav", "out.wav", "--quality=best"}, 2, "best"},
+        {{"in.wav", "out.wav", "--block=0"}, 2, "whole number from 1 to 65536 or 'random'"},
+        {{"in.wav", "out.wav", "--block=1.5"}, 2, "'1.5'"},
+        {{"in.wav", "out.wav", "--tempo=nan"}, 2, "number from 1 to 1000, not 'nan'"},
+        {{"in.wav", "out.wav", "--tempo=1e999"}, 2, "'1e999'"},
+        {{"in.wav", "out.wav", "--position=0"}, 2, "--tempo"},
+        {{"in.wav", "out.wav", "--randomize=1.01"}, 2, "number from 0 to 1, not '1.01'"},
+        {{"in.wav", "out.wav", "--seed=-1"}, 2, "whole number from 0 to 4294967295"},
+        {{"in.wav", "out.wav", "--tail=inf"}, 2, "'inf'"},
+        {{"in.wav", "out.mp3"}, 2, "'out.mp3': its name must end in .wav, .flac"},
+        {{"none.wav", "out.wav"}, 1, "Cannot read 'none.wav': No such file"},
+        {{"text.wav", "out.wav"}, 1, "Cannot read 'text.wav' as audio"},
+        {{"folder.wav", "out.wav"}, 1, "'folder.wav': it is a folder"},
+        {{"wide.wav", "out.wav"}, 1, "9 channels, and 8 is the most"},
+        {{"slow.wav", "out.wav"}, 1, "its rate is 999 Hz, and 1000 Hz is the least"},
+        {{"in.wav", "none/out.wav"}, 1, "Cannot write 'none/out.wav': No such file"},
+        {{"in.wav", "in.wav/out.wav"}, 1, "Cannot write 'in.wav/out.wav': Not a directory"},
+        {{"in.wav", "folder.wav"}, 1, "Cannot write 'folder.wav': Is a directory"},
+        {{"in.wav", "pipe.wav"}, 1, "'pipe.wav': it is not a regular file"},
+        {{"in.wav", "big.aiff", "--tail=86400"}, 1, "AIFF holds 4 GiB at most"},
+        {{"in.wav", "out.wav", "--set=Raet=1"}, 1, "no parameter 'Raet'; the nearest is 'Rate'"},
+        {{"in.wav", "out.wav", "--set=Min freqency=2"}, 1, "the nearest is 'Min frequency'"},
+        {{"in.wav", "out.wav", "--set=Main parameters=1"}, 1, "no parameter 'Main parameters'"},
+        {{"in.wav", "out.wav", "--set=Rate=1.3011"}, 1, "'Rate' takes -2 to 1.30103, not '1.3011'"},
+        {{"in.wav", "out.wav", "--set=Rate=nan"}, 1, "'Rate' takes -2 to 1.30103, not 'nan'"},
+        {{"in.wav", "out.wav", "--set=Delay=-inf"}, 1, "'Delay' takes 0 to 0.5, not '-inf'"},
+        {{"in.wav", "out.wav", "--set=Delay=0.1s"}, 1, "'Delay' takes 0 to 0.5, not '0.1s'"},
+        {{"in.wav", "out.wav", "--set=Voices=2.5"}, 1, "a whole number from 1 to 10, not '2.5'"},
+        {{"in.wav", "out.wav", "--set=Voices=11"}, 1, "a whole number from 1 to 10, not '11'"},
+        {{"in.wav", "out.wav", "--set=synctype=Swing"}, 1, "'Straight', 'Triplets', 'Dotted'"},
+        {{"in.wav", "out.wav", "--set=synctype=3"}, 1, "not '3'"},
+        {{"in.wav", "out.wav", "--set=sync=maybe"}, 1, "on or off, not 'maybe'"},
+    };
+    const std::vector<std::string> names = Names();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.arguments));
+        const RenderResult result = Render(c.arguments);
+        EXPECT_EQ(result.exitCode, c.exitCode);
+        EXPECT_EQ(result.out, "");
+        EXPECT_THAT(result.err, StartsWith("quillorea-render: "));
+        EXPECT_THAT(result.err, HasSubstr(c.text));
+        EXPECT_THAT(result.err, testing::EndsWith(".\n"));
+        EXPECT_EQ(std::ranges::count(result.err, '\n'), 1);
+    }
+    EXPECT_EQ(Names(), names);
+    ExpectNothingTouched();
+}
+
+TEST_F(RenderFailures, LeaveNoOutputWhereTheSpaceRunsOut) {
+    WriteSound("in.wav", Tones(2, 2));
+    for (const char* output : {"out.wav", "out.flac", "out.aiff", "out.ogg"}) {
+        // With the first bytes, which leaves room for the complaint only, and in the middle.
+        for (const std::uint64_t space : {1000U, 20000U}) {
+            SCOPED_TRACE(std::string(output) + ' ' + std::to_string(space));
+            const RenderResult result = Render({"in.wav", output}, space);
+            EXPECT_EQ(result.exitCode, 1);
+            EXPECT_THAT(result.err, HasSubstr("': File too large.\n"));
+            EXPECT_THAT(Names(), ElementsAre("in.wav", "out.wav"));
+            ExpectNothingTouched();
+        }
+    }
+    // With the last bytes: two seconds of two channels, four bytes a sample, without a header.
+    EXPECT_EQ(Render({"in.wav", "out.wav", "--tail=0"}, 2 * 44100 * 2 * 4).exitCode, 1);
+    ExpectNothingTouched();
+}
+
+TEST_F(RenderFailures, LeaveNoOutputAfterAnInterrupt) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        const pid_t process = Start({"in.wav", "out.wav", "--tail=86400"});
+        for (int i = 0; i < 10000 && Names().size() == 2; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        kill(process, signal);
+        const RenderResult result = Finish(process);
+        EXPECT_EQ(result.signal, signal);
+        EXPECT_EQ(result.out, "");
+        EXPECT_THAT(Names(), ElementsAre("in.wav", "out.wav"));
+        ExpectNothingTouched();
+    }
+}
+
+TEST_F(RenderFailures, LeaveNoOutputWhereTheInputIsDamaged) {
+    SoundData sound = Tones(2, 2);
+    sound.format = SF_FORMAT_FLAC | SF_FORMAT_PCM_24;
+    WriteSound("in.flac", sound);
+    std::filesystem::resize_file(folder / "in.flac", Bytes("in.flac").size() / 2);
+    const RenderResult result = Render({"in.flac", "out.wav"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.err, HasSubstr("in.flac"));
+    ExpectNothingTouched();
+}

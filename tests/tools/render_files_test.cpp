@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gmock/gmock.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "tools/render_folder.h"
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+// Depth 0 is the dry sound alone, at its own level.
+const std::string kDry = "--set=Depth=0";
+
+float LargestDifference(const SoundData& a, const SoundData& b) {
+    EXPECT_EQ(a.samples.size(), b.samples.size());
+    float largest = 0;
+    for (std::size_t i = 0; i < std::min(a.samples.size(), b.samples.size()); ++i)
+        largest = std::max(largest, std::abs(a.samples[i] - b.samples[i]));
+    return largest;
+}
+
+using RenderedFiles = RenderFolder;
+
+}  // namespace
+
+TEST_F(RenderedFiles, KeepRateChannelsLengthAndSoundInEveryFormat) {
+    struct Case {
+        const char* input;
+        int inputFormat;
+        const char* output;
+        int outputFormat;
+        int channels;
+        int rate;
+        double tolerance;
+    };
+    constexpr double kStep24 = 1.0 / (1 << 23);
+    constexpr double kVorbis = 0.02;  // lossy
+    constexpr int kFloatWav = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    const Case cases[] = {
+        {"a.wav", kFloatWav, "b.wav", kFloatWav, 1, 44100, 0},
+        {"a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, "b", kFloatWav, 2, 96000, 0},
+        {"a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_U8, "b.WAV", kFloatWav, 5, 22050, 0},
+        {"a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, "b.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 8,
+         48000, kStep24},
+        {"a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, "b.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_24,
+         2, 192000, kStep24},
+        {"a.aif", SF_FORMAT_AIFF | SF_FORMAT_DOUBLE, "b.aif", SF_FORMAT_AIFF | SF_FORMAT_PCM_24, 6,
+         8000, kStep24},
+        {"a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, "b.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 2,
+         44100, kVorbis},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.input) + " to " + c.output);
+        SoundData source = Tones(0.3, c.channels, c.rate);
+        source.format = c.inputFormat;
+        WriteSound(c.input, source);
+        const SoundData input = ReadSound(c.input);
+        const SoundData output = Rendered({c.input, c.output, kDry, "--tail", "0"}, c.output);
+        EXPECT_EQ(output.format & (SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK), c.outputFormat);
+        EXPECT_EQ(output.rate, c.rate);
+        EXPECT_EQ(output.channels, c.channels);
+        EXPECT_LE(LargestDifference(input, output), c.tolerance);
+    }
+}
+
+TEST_F(RenderedFiles, AreNamedAfterTheInputWhereNoNameIsGiven) {
+    std::filesystem::create_directory(folder / "in here");
+    WriteSound("in here/my.take.flac", {44100, 1, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, {0.5F}});
+    EXPECT_EQ(Render({"in here/my.take.flac"}).exitCode, 0);
+    EXPECT_TRUE(std::filesystem::exists(folder / "in here/my.take-chorus.wav"));
+}
+
+TEST_F(RenderedFiles, DoNotDependOnTheBlockSize) {
+    WriteSound("in.wav", Tones(0.4, 2));
+    for (const char* quality : {"normal", "hq"}) {
+        EXPECT_EQ(Render({"in.wav", "512.wav", "--quality", quality}).exitCode, 0);
+        for (const char* block : {"1", "7", "333", "1000", "4096", "random"}) {
+            EXPECT_EQ(Render({"in.wav", "b.wav", "--quality", quality, "--block", block}).exitCode,
+                      0);
+            EXPECT_EQ(Bytes("b.wav"), Bytes("512.wav")) << quality << ' ' << block;
+        }
+    }
+}
+
+TEST_F(RenderedFiles, LieOnTheInputDespiteTheEffectsLatency) {
+    const SoundData input = Tones(0.1);
+    WriteSound("in.wav", input);
+    const Arguments arguments = {"in.wav", "out.wav", kDry, "--quality=hq", "--tail=0", "--block"};
+    for (const char* block : {"5", "18", "512"}) {
+        Arguments cut = arguments;
+        cut.emplace_back(block);
+        EXPECT_EQ(LargestDifference(input, Rendered(cut, "out.wav")), 0) << block;
+    }
+}
+
+TEST_F(RenderedFiles, RingOnUntilTheSoundIsOver) {
+    WriteSound("in.wav", Tones(0.2, 1, 8000));
+    const SoundData late =
+        Rendered({"in.wav", "out.wav", "--set=Depth=2", "--set=Delay=0.5"}, "out.wav");
+    const std::size_t delayed = 1600 + 3900;
+    ASSERT_GT(late.FrameCount(), delayed);
+    EXPECT_GT(*std::max_element(late.samples.begin() + delayed, late.samples.end()), 0.01F);
+    EXPECT_EQ(late.samples.back(), 0.0F);
+    EXPECT_LT(late.FrameCount(), 1600U + 2 * 8000);
+
+    EXPECT_EQ(Rendered({"in.wav", "out.wav", "--tail", "0.25"}, "out.wav").FrameCount(),
+              1600U + 2000);
+    // After silence of a whole delay line nothing is left to ring on.
+    SoundData ended = Tones(0.1, 1, 8000);
+    ended.samples.resize(3 * 8000);
+    WriteSound("ended.wav", ended);
+    EXPECT_EQ(Rendered({"ended.wav", "out.wav"}, "out.wav").FrameCount(), 3U * 8000);
+}
+
+TEST_F(RenderedFiles, OfNothingAreEmpty) {
+    WriteSound("in.wav", {44100, 2, SF_FORMAT_WAV | SF_FORMAT_PCM_16, {}});
+    EXPECT_EQ(Rendered({"in.wav", "out.wav"}, "out.wav").FrameCount(), 0U);
+}
+
+TEST_F(RenderedFiles, MayReplaceTheInputAlsoThroughALink) {
+    const SoundData input = Tones(0.5);
+    WriteSound("in.wav", input);
+    std::filesystem::create_symlink("in.wav", folder / "link.wav");
+    const SoundData output = Rendered({"in.wav", "link.wav", "--tail=0"}, "in.wav");
+    EXPECT_EQ(output.FrameCount(), input.FrameCount());
+    EXPECT_GT(LargestDifference(input, output), 0.01F);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.wav"));
+    EXPECT_THAT(Names(), ElementsAre("in.wav", "link.wav"));
+}
+
+TEST_F(RenderedFiles, AreSummedUpInOneLine) {
+    // A square at half of full scale: peak and RMS are both 20 log10(0.5) = -6.02 dB.
+    SoundData square = {1000, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {}};
+    for (int i = 0; i < 2500; ++i) square.samples.push_back(i / 20 % 2 == 0 ? 0.5F : -0.5F);
+    WriteSound("in.wav", square);
+    const RenderResult result = Render({"in.wav", "out.wav", kDry, "--tail=0"});
+    EXPECT_THAT(result.out,
+                testing::MatchesRegex("out.wav: 2.50 s, [0-9.]+ times faster than real time; "
+                                      "in: peak -6.0 dBFS, RMS -6.0 dBFS; "
+                                      "out: peak -6.0 dBFS, RMS -6.0 dBFS\n"));
+    EXPECT_EQ(result.err, "");
+}
+
+TEST_F(RenderedFiles, ClipWithAWarningWhereTheFormatEndsAtFullScale) {
+    SoundData loud = Tones(0.1);
+    for (float& sample : loud.samples) sample *= 10;
+    loud.samples.back() = NAN;
+    WriteSound("in.wav", loud);
+    const RenderResult result = Render({"in.wav", "out.flac", kDry, "--tail=0"});
+    EXPECT_THAT(result.err, HasSubstr("clipped"));
+    EXPECT_THAT(result.err, HasSubstr("1 samples of the input are no finite numbers"));
+    const SoundData output = ReadSound("out.flac");
+    loud.samples.back() = 0;
+    for (std::size_t i = 0; i < loud.samples.size(); ++i)
+        ASSERT_NEAR(output.samples.at(i), std::clamp(loud.samples[i], -1.0F, 1.0F), 1e-6) << i;
+}
+
+TEST_F(RenderedFiles, TakeNoMoreMemoryWhenTheyAreLong) {
+    WriteSound("short.wav", Tones(0.5, 2));
+    WriteSound("long.wav", Tones(60, 2));
+    const long brief = Render({"short.wav", "out.wav"}).maxResidentKilobytes;
+    const long lasting = Render({"long.wav", "out.wav"}).maxResidentKilobytes;
+    EXPECT_LT(lasting - brief, 6000);  // the files have 21 MB each
+}

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tools/render_folder.h"
+
+#include <fcntl.h>
+#include <sndfile.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <fstream>
+#include <numbers>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path MakeFolder() {
+    std::string pattern = (fs::temp_directory_path() / "quillorea-test-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
+    return pattern;
+}
+
+std::string Content(const fs::path& path) {
+    std::ostringstream bytes;
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
+    return bytes.str();
+}
+
+// In the child only.
+void SendTo(int descriptor, const fs::path& path) {
+    dup2(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), descriptor);
+}
+
+}  // namespace
+
+RenderFolder::RenderFolder() : folder(MakeFolder()), logFolder(MakeFolder()) {}
+
+RenderFolder::~RenderFolder() {
+    fs::remove_all(folder);
+    fs::remove_all(logFolder);
+}
+
+RenderResult RenderFolder::Render(const Arguments& arguments,
+                                  std::optional<std::uint64_t> largestFile) {
+    return Finish(Start(arguments, largestFile));
+}
+
+pid_t RenderFolder::Start(const Arguments& arguments, std::optional<std::uint64_t> largestFile) {
+    std::vector<char*> texts = {const_cast<char*>(QUILLOREA_RENDER)};
+    for (const std::string& argument : arguments)
+        texts.push_back(const_cast<char*>(argument.data()));
+    texts.push_back(nullptr);
+    const pid_t process = fork();
+    if (process != 0) return process;
+    SendTo(STDOUT_FILENO, logFolder / "out");
+    SendTo(STDERR_FILENO, logFolder / "err");
+    if (largestFile) {
+        const rlimit limit = {*largestFile, *largestFile};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, SIG_IGN);
+    }
+    if (chdir(folder.c_str()) == 0) execv(QUILLOREA_RENDER, texts.data());
+    _exit(127);
+}
+
+RenderResult RenderFolder::Finish(pid_t process) {
+    RenderResult result;
+    int status = 0;
+    rusage usage = {};
+    wait4(process, &status, 0, &usage);
+    if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
+    if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
+    result.maxResidentKilobytes = usage.ru_maxrss;
+    result.out = Content(logFolder / "out");
+    result.err = Content(logFolder / "err");
+    return result;
+}
+
+SoundData RenderFolder::Rendered(Arguments arguments, const std::string& output) {
+    const RenderResult result = Render(arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    return ReadSound(output);
+}
+
+void RenderFolder::WriteSound(const std::string& name, const SoundData& sound) {
+    SF_INFO info = {};
+    info.samplerate = sound.rate;
+    info.channels = sound.channels;
+    info.format = sound.format;
+    SNDFILE* file = sf_open((folder / name).c_str(), SFM_WRITE, &info);
+    ASSERT_NE(file, nullptr) << name << ": " << sf_strerror(nullptr);
+    sf_write_float(file, sound.samples.data(), static_cast<sf_count_t>(sound.samples.size()));
+    sf_close(file);
+}
+
+SoundData RenderFolder::ReadSound(const std::string& name) {
+    SF_INFO info = {};
+    SNDFILE* file = sf_open((folder / name).c_str(), SFM_READ, &info);
+    EXPECT_NE(file, nullptr) << name << ": " << sf_strerror(nullptr);
+    if (file == nullptr) return {};
+    SoundData sound = {info.samplerate, info.channels, info.format, {}};
+    sound.samples.resize(static_cast<std::size_t>(info.frames * info.channels));
+    const auto count = static_cast<sf_count_t>(sound.samples.size());
+    EXPECT_EQ(sf_read_float(file, sound.samples.data(), count), count);
+    sf_close(file);
+    return sound;
+}
+
+SoundData RenderFolder::Tones(double seconds, int channels, int rate) {
+    SoundData sound = {rate, channels, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {}};
+    const auto frames = static_cast<std::size_t>(std::lround(seconds * rate));
+    for (std::size_t i = 0; i < frames; ++i) {
+        for (int c = 0; c < channels; ++c) {
+            const double turn = 2 * std::numbers::pi * static_cast<double>(i) / rate;
+            sound.samples.push_back(static_cast<float>(0.2 * std::sin(turn * (220 + 40 * c)) +
+                                                       0.1 * std::sin(turn * (1500 + 90 * c))));
+        }
+    }
+    return sound;
+}
+
+std::string RenderFolder::Bytes(const std::string& name) { return Content(folder / name); }
+
+std::vector<std::string> RenderFolder::Names() {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
