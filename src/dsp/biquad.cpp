@@ -23,7 +23,6 @@ public:
     }
 
 private:
-
     BiquadTaps taps;
     BiquadMemory history;
 };
