@@ -73,7 +73,8 @@ private:
 template <typename T>
 void Vibrato<T>::Locate(int firstIndex, const double* offsets, ReadPoints& points) const {
     const int length = this->Length();
-    const double origin = taps / 2 + 2 * lineSamples;
+    const int halfKernel = taps / 2;
+    const double origin = halfKernel + 2 * lineSamples;
     const int count = points.count;
     const int start = firstIndex + 1;
     for (int i = 0; i < count; ++i) {

@@ -49,7 +49,7 @@ struct NumberRule {
 
 // store gets the number, or nothing for the rule's word.
 CLI::Option* AddNumber(CLI::App& app, const std::string& name, const NumberRule& rule,
-                       std::function<void(std::optional<double>)> store,
+                       const std::function<void(std::optional<double>)>& store,
                        const std::string& description) {
     const CLI::Validator check(
         [rule](std::string& text) { return rule.Fits(text) ? "" : rule.Refusal(text); }, "");

@@ -28,7 +28,7 @@ bool IsSettable(const ParameterRecord& record) {
 }
 
 std::string DescribeRange(const ParameterRecord& record) {
-    const std::string range = FormatNumber(record.min) + " to " + FormatNumber(record.max);
+    std::string range = FormatNumber(record.min) + " to " + FormatNumber(record.max);
     switch (record.type) {
         case ParameterType::Integer:
             return "a whole number from " + range;
