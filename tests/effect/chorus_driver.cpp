@@ -31,34 +31,26 @@ void ChorusDriver::Process(const float* const* inputs, float* const* outputs, in
     host->Command(PluginCommand::kProcess, arguments);
 }
 
-void ChorusDriver::ProcessAll(const Audio& input, Audio& output, int blockSize) {
+Audio ChorusDriver::Rendered(const Audio& input, int blockSize) {
     const int sampleCount = static_cast<int>(input[0].size());
+    // Not zeros, so that a channel that is not written shows.
+    Audio output = Constant(static_cast<int>(input.size()), sampleCount, 99);
     BlockCutter cutter(blockSize);
     for (int from = 0, count = 0; from < sampleCount; from += count) {
         count = cutter.Next(sampleCount - from);
         Process(ReadPointers(input, from).data(), WritePointers(output, from).data(), count);
     }
-}
-
-Audio ChorusDriver::Rendered(const Audio& input, int blockSize) {
-    // Not zeros, so that a channel that is not written shows.
-    Audio output = Constant(static_cast<int>(input.size()), static_cast<int>(input[0].size()), 99);
-    ProcessAll(input, output, blockSize);
     return output;
 }
 
-ReferenceSettings With(ReferenceSettings settings, std::initializer_list<Change> changes) {
-    for (const auto& [index, value] : changes) settings[index] = value;
-    return settings;
-}
-
 ReferenceSettings Settings(int channels, int sampleRate, bool highQuality,
-                           std::initializer_list<Change> changes) {
+                           const std::vector<Change>& changes) {
     ReferenceSettings settings;
     settings.channels = channels;
     settings.sampleRate = sampleRate;
     settings.highQuality = highQuality;
-    return With(settings, changes);
+    for (const auto& [index, value] : changes) settings[index] = value;
+    return settings;
 }
 
 int BlockCutter::Next(int samplesLeft) {

@@ -3,9 +3,9 @@
 
 #include <atomic>
 #include <cstdint>
-#include <initializer_list>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "effect/chorus_entry.h"
 #include "foundation/objects/lock.h"
@@ -17,25 +17,22 @@
 // to it, then commands only.
 //
 // Threads  as the effect's commands
-using Change = std::pair<int, double>;  // parameter index, value
-
 class ChorusDriver {
 public:
     // Created, prepared with its settings and ready to process.
     explicit ChorusDriver(const ReferenceSettings& settings, PluginEntry entry = ChorusEntry);
 
+    // Rate, channels and quality of the settings; the parameters stay.
     void Prepare(const ReferenceSettings& settings);
     void Set(int index, double value);
-    std::intptr_t Send(int code) { return host->Command(code); }
-    // An argument list of one number or index.
-    std::intptr_t Send(int code, auto value) {
-        PluginArguments arguments(value);
+    // With one argument or none.
+    std::intptr_t Send(int code, auto... value) {
+        PluginArguments arguments(value...);
         return host->Command(code, arguments);
     }
     void Process(const float* const* inputs, float* const* outputs, int sampleCount,
                  const ReferenceTransport& transport = {});
-    // The whole input in blocks of one size, 0 for random ones; the same array may be both.
-    void ProcessAll(const Audio& input, Audio& output, int blockSize);
+    // The whole input in blocks of one size, 0 for random ones.
     Audio Rendered(const Audio& input, int blockSize = 256);
 
     ParameterRecord& Record(int index) { return host->descriptor->parameters[index]; }
@@ -45,10 +42,11 @@ public:
     std::unique_ptr<MAudioEffectPluginHost> host;
 };
 
+using Change = std::pair<int, double>;  // parameter index, value
+
 // Settings with changes from the defaults.
-ReferenceSettings With(ReferenceSettings settings, std::initializer_list<Change> changes);
 ReferenceSettings Settings(int channels, int sampleRate, bool highQuality,
-                           std::initializer_list<Change> changes = {});
+                           const std::vector<Change>& changes = {});
 
 // Cuts a length into blocks: all of one size, or for size 0 of 1 to 700 samples.
 class BlockCutter {

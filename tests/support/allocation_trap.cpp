@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <utility>
@@ -46,6 +45,7 @@ void InstallHooks() {
 
 // The C library's own entries behind the ones that are replaced here. operator new of the C++
 // library calls malloc, so that it is counted too.
+#pragma GCC visibility push(default)
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 void* __libc_malloc(std::size_t size);
@@ -55,44 +55,32 @@ void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
 // NOLINTEND(bugprone-reserved-identifier)
 
-__attribute__((visibility("default"))) void* malloc(std::size_t size) {
+void* malloc(std::size_t size) {
     Count();
     return __libc_malloc(size);
 }
 
-__attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size) {
+void* calloc(std::size_t count, std::size_t size) {
     Count();
     return __libc_calloc(count, size);
 }
 
-__attribute__((visibility("default"))) void* realloc(void* block, std::size_t size) {
+void* realloc(void* block, std::size_t size) {
     Count();
     return __libc_realloc(block, size);
 }
 
-__attribute__((visibility("default"))) void* memalign(std::size_t alignment, std::size_t size) {
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
     Count();
     return __libc_memalign(alignment, size);
 }
 
-__attribute__((visibility("default"))) void* aligned_alloc(std::size_t alignment,
-                                                           std::size_t size) {
-    Count();
-    return __libc_memalign(alignment, size);
-}
-
-__attribute__((visibility("default"))) int posix_memalign(void** block, std::size_t alignment,
-                                                          std::size_t size) {
-    Count();
-    *block = __libc_memalign(alignment, size);
-    return *block == nullptr ? ENOMEM : 0;
-}
-
-__attribute__((visibility("default"))) void free(void* block) {
+void free(void* block) {
     if (block != nullptr) Count();
     __libc_free(block);
 }
 }
+#pragma GCC visibility pop
 
 namespace {
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <string>
 #include <vector>
 
 // The chorus once more, slow and literal: one sample, one voice and one channel at a time, in the
@@ -16,47 +17,30 @@
 
 // One parameter of the chorus: its place in the list is its index.
 struct ReferenceParameter {
-    const char* identifier;
-    const char* name;
+    std::string identifier;
+    std::string name;
     double min, max, defaultValue;
-    const char* flags;  // u: a change updates, r: randomised, s: smoothed, m: among the main ones
+    std::string flags;  // u: a change updates, r: randomised, s: smoothed, m: among the main ones
     int law;            // exponent 1 << law from position to value
 };
 
 struct ReferenceSettings {
     static constexpr int kCount = 23;
+    // clang-format off
     enum Index : int {
-        kDryWet = 1,
-        kRate,
-        kRange,
-        kDelay,
-        kVoices,
-        kSaturation,
-        kSpread,
-        kSpreadMode,
-        kDepthVariability = 10,
-        kRateVariability,
-        kRangeVariability,
-        kDelayVariability,
-        kMinFrequency,
-        kMaxFrequency,
-        kTremolo,
-        kVoiceTremolo,
-        kTremoloPhase,
-        kSync,
-        kSyncLength,
-        kSyncType,
-        kSyncPhase,
+        kDryWet = 1, kRate, kRange, kDelay, kVoices, kSaturation, kSpread, kSpreadMode,
+        kDepthVariability = 10, kRateVariability, kRangeVariability, kDelayVariability,
+        kMinFrequency, kMaxFrequency, kTremolo, kVoiceTremolo, kTremoloPhase,
+        kSync, kSyncLength, kSyncType, kSyncPhase,
     };
+    // clang-format on
     static const std::array<ReferenceParameter, kCount>& Parameters();
-    // Whether a change of the parameter takes effect by Update; the others move within a block.
-    static bool NeedsUpdate(int index);
 
     ReferenceSettings();
-    double operator[](int index) const { return values[static_cast<std::size_t>(index)]; }
-    double& operator[](int index) { return values[static_cast<std::size_t>(index)]; }
+    double operator[](int index) const { return values[index]; }
+    double& operator[](int index) { return values[index]; }
 
-    std::array<double, kCount> values;
+    double values[kCount];
     bool highQuality = false;
     int channels = 2;
     int sampleRate = 48000;
@@ -69,16 +53,15 @@ struct ReferenceTransport {
 
 class ReferenceChorus {
 public:
-    ReferenceSettings settings;
+    explicit ReferenceChorus(const ReferenceSettings& settings) { Prepare(settings); }
 
     // Clears lines and filters and sizes them; then Update, and no ramp into the next block.
-    void Prepare();
+    void Prepare(const ReferenceSettings& newSettings);
     void Update();
     void Process(const ReferenceTransport& transport, const float* const* inputs,
                  float* const* outputs, int sampleCount);
 
-    bool IsSilent() const;
-    int LineLength() const { return static_cast<int>(lineLength); }
+    ReferenceSettings settings;
 
 private:
     // Whole-sample delay, oldest sample first.
@@ -90,7 +73,7 @@ private:
     struct Filter {
         bool enabled = false;
         double b0 = 0, b1 = 0, b2 = 0, a1 = 0, a2 = 0;
-        std::array<double, 8> s1{}, s2{};
+        double s1[8] = {}, s2[8] = {};
         void Set(bool highPass, double frequency, double sampleRate);
         double Run(int c, double x);
     };
@@ -99,19 +82,19 @@ private:
         std::int64_t count = 0;
         double rate = 0;  // cycles per sample
         double phaseOffset = 0;
-        double range = 0;  // samples
-        double delay = 0;  // samples, negated
+        double range = 0, delay = 0;  // samples, the delay negated
         double depth = 0;
         double ll = 0, rl = 0, lr = 0, rr = 0;  // input side, output side
+        DelayLine haas[2];
         double Phase(int i) const;
         void SetRate(double newRate);
     };
     struct Ramp {
         double value, step;
+        void Step() { value += step; }
     };
     struct Ramps {
-        Ramp dryWet, tremolo, tremoloPhase, voiceTremolo;
-        void StepAllButPhase();
+        Ramp dryWet, tremolo, voiceTremolo, tremoloPhase;
     };
     struct Fan {
         double start, step;  // samples, samples per voice
@@ -119,29 +102,25 @@ private:
 
     static Fan Fit(double start, double step, double bound, double last);
     void UpdateFilters();
-    void UpdateVoice(int v, Fan& range, Fan& delay);
-    void UpdateStereo(int v, int haas, double& position, double& pan);
+    void UpdateSpeed(Voice& voice, double speed);
+    void UpdateStereo();
     void SeatTempo(const ReferenceTransport& transport);
     Ramp StartRamp(int index, int sampleCount);
-    void RunChannel(int c, double startPhase, Ramps ramps, const float* input, float* output,
-                    int sampleCount);
-    void RunStereo(double startPhase, Ramps ramps, const float* const* inputs,
-                   float* const* outputs, int sampleCount);
-    double Condition(int c, double x);
+    void RunSample(int i, Ramps& ramps, const float* const* inputs, float* const* outputs);
+    double Write(int c, double raw);
     float Read(int c, double offset) const;
     float Cell(int c, std::int64_t place) const;
 
-    std::array<std::vector<float>, 8> history;
+    std::vector<float> history[8];
     std::int64_t lineLength = 0;
     int taps = 5;
     double lineSamples = 0;
     double maxRange = 0, maxDelay = 0;  // samples
-    std::array<DelayLine, 8> dryDelay;
-    std::array<std::array<DelayLine, 2>, 10> haasDelay;
+    DelayLine dryDelay[8];
     Filter lowPass, highPass;
-    std::array<Voice, 10> voices;
+    Voice voices[10];
     int voiceCount = 0;
     double channelPhaseStep = 0;
     double noteRate = 0;
-    std::array<double, ReferenceSettings::kCount> last{};
+    ReferenceSettings last;
 };

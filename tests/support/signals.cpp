@@ -10,8 +10,7 @@
 Audio Silence(int channels, int sampleCount) { return Constant(channels, sampleCount, 0); }
 
 Audio Constant(int channels, int sampleCount, float level) {
-    return Audio(static_cast<std::size_t>(channels),
-                 std::vector<float>(static_cast<std::size_t>(sampleCount), level));
+    return Audio(channels, std::vector<float>(sampleCount, level));
 }
 
 Audio Noise(int channels, int sampleCount, float peak, std::uint32_t seed) {
@@ -25,22 +24,14 @@ Audio Noise(int channels, int sampleCount, float peak, std::uint32_t seed) {
 
 Audio Programme(int channels, int sampleCount, float peak) {
     Audio audio = Noise(channels, sampleCount, peak, 7);
-    const int quarter = std::max(1, sampleCount / 8);
-    for (std::size_t c = 0; c < audio.size(); ++c) {
+    const int eighth = std::max(1, sampleCount / 8);
+    for (int c = 0; c < channels; ++c) {
         double phase = 0;
         for (int i = 0; i < sampleCount; ++i) {
-            float& sample = audio[c][static_cast<std::size_t>(i)];
             phase += 0.001 + 0.449 * i / sampleCount;
-            switch ((i / quarter + static_cast<int>(c)) % 4) {
-                case 1:
-                    sample = peak * static_cast<float>(std::sin(2 * std::numbers::pi * phase));
-                    break;
-                case 2:
-                    sample = i % quarter == quarter / 2 ? peak : 0.0f;
-                    break;
-                default:
-                    break;
-            }
+            const int kind = (i / eighth + c) % 4;
+            if (kind == 1) audio[c][i] = peak * float(std::sin(2 * std::numbers::pi * phase));
+            if (kind == 2) audio[c][i] = i % eighth == eighth / 2 ? peak : 0.0f;
         }
     }
     return audio;
@@ -59,8 +50,8 @@ std::vector<float*> WritePointers(Audio& audio, int from) {
 }
 
 double Peak(const Audio& audio) {
-    return LargestDifference(
-        audio, Constant(static_cast<int>(audio.size()), static_cast<int>(audio.at(0).size()), 0));
+    const int channels = static_cast<int>(audio.size());
+    return LargestDifference(audio, Silence(channels, static_cast<int>(audio.at(0).size())));
 }
 
 double LargestDifference(const Audio& a, const Audio& b) {

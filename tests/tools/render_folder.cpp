@@ -2,10 +2,10 @@
 #include "tools/render_folder.h"
 
 #include <fcntl.h>
-#include <sndfile.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <sndfile.hh>
 
 #include <algorithm>
 #include <cmath>
@@ -87,26 +87,18 @@ SoundData RenderFolder::Rendered(Arguments arguments, const std::string& output)
 }
 
 void RenderFolder::WriteSound(const std::string& name, const SoundData& sound) {
-    SF_INFO info = {};
-    info.samplerate = sound.rate;
-    info.channels = sound.channels;
-    info.format = sound.format;
-    SNDFILE* file = sf_open((folder / name).c_str(), SFM_WRITE, &info);
-    ASSERT_NE(file, nullptr) << name << ": " << sf_strerror(nullptr);
-    sf_write_float(file, sound.samples.data(), static_cast<sf_count_t>(sound.samples.size()));
-    sf_close(file);
+    SndfileHandle file((folder / name).string(), SFM_WRITE, sound.format, sound.channels,
+                       sound.rate);
+    const auto count = static_cast<sf_count_t>(sound.samples.size());
+    EXPECT_EQ(file.write(sound.samples.data(), count), count) << name << ": " << file.strError();
 }
 
 SoundData RenderFolder::ReadSound(const std::string& name) {
-    SF_INFO info = {};
-    SNDFILE* file = sf_open((folder / name).c_str(), SFM_READ, &info);
-    EXPECT_NE(file, nullptr) << name << ": " << sf_strerror(nullptr);
-    if (file == nullptr) return {};
-    SoundData sound = {info.samplerate, info.channels, info.format, {}};
-    sound.samples.resize(static_cast<std::size_t>(info.frames * info.channels));
+    SndfileHandle file((folder / name).string());
+    SoundData sound = {file.samplerate(), file.channels(), file.format(), {}};
+    sound.samples.resize(static_cast<std::size_t>(file.frames() * file.channels()));
     const auto count = static_cast<sf_count_t>(sound.samples.size());
-    EXPECT_EQ(sf_read_float(file, sound.samples.data(), count), count);
-    sf_close(file);
+    EXPECT_EQ(file.read(sound.samples.data(), count), count) << name << ": " << file.strError();
     return sound;
 }
 
@@ -114,13 +106,20 @@ SoundData RenderFolder::Tones(double seconds, int channels, int rate) {
     SoundData sound = {rate, channels, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {}};
     const auto frames = static_cast<std::size_t>(std::lround(seconds * rate));
     for (std::size_t i = 0; i < frames; ++i) {
-        for (int c = 0; c < channels; ++c) {
-            const double turn = 2 * std::numbers::pi * static_cast<double>(i) / rate;
+        const double turn = 2 * std::numbers::pi * static_cast<double>(i) / rate;
+        for (int c = 0; c < channels; ++c)
             sound.samples.push_back(static_cast<float>(0.2 * std::sin(turn * (220 + 40 * c)) +
                                                        0.1 * std::sin(turn * (1500 + 90 * c))));
-        }
     }
     return sound;
+}
+
+float RenderFolder::LargestDifference(const SoundData& a, const SoundData& b) {
+    EXPECT_EQ(a.samples.size(), b.samples.size());
+    float largest = 0;
+    for (std::size_t i = 0; i < std::min(a.samples.size(), b.samples.size()); ++i)
+        largest = std::max(largest, std::abs(a.samples[i] - b.samples[i]));
+    return largest;
 }
 
 std::string RenderFolder::Bytes(const std::string& name) { return Content(folder / name); }

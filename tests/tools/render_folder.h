@@ -50,6 +50,7 @@ public:
     SoundData ReadSound(const std::string& name);
     // Two partials on each channel, of other frequencies, at about -10 dBFS; float WAV.
     static SoundData Tones(double seconds, int channels = 1, int rate = 44100);
+    static float LargestDifference(const SoundData& a, const SoundData& b);
 
     std::string Bytes(const std::string& name);
     // Every name in the folder, sorted, hidden ones included.

@@ -5,26 +5,22 @@
 
 #include <cmath>
 #include <set>
+#include <utility>
 
 #include "foundation/objects/random.h"
 
 TEST(ParameterRecord, BendsPositionsByItsLaw) {
-    const struct {
-        PositionLaw law;
-        double position, value;
-    } rows[] = {
-        {PositionLaw::Linear, 0.5, 0.0001 + 0.0999 / 2},
-        {PositionLaw::Square, 0.5, 0.0001 + 0.0999 / 4},
-        {PositionLaw::FourthPower, 0.5, 0.0001 + 0.0999 / 16},
-        {PositionLaw::FourthPower, 0, 0.0001},
-        {PositionLaw::FourthPower, 1, 0.1},
-    };
-    for (const auto& row : rows) {
-        ParameterRecord record;
-        record.SetFloat("Range", "Range", 0.0001, 0.1, 0.01);
-        record.law = row.law;
-        EXPECT_NEAR(record.ValueAt(row.position), row.value, 1e-16);
-        EXPECT_NEAR(record.PositionOf(row.value), row.position, 1e-12);
+    ParameterRecord record;
+    record.SetFloat("Range", "Range", 0.0001, 0.1, 0.01);
+    for (const auto& [law, exponent] : {std::pair(PositionLaw::Linear, 1),
+                                        {PositionLaw::Square, 2},
+                                        {PositionLaw::FourthPower, 4}}) {
+        record.law = law;
+        for (const double position : {0.0, 0.3, 0.5, 1.0}) {
+            const double value = 0.0001 + 0.0999 * std::pow(position, exponent);
+            EXPECT_NEAR(record.ValueAt(position), value, 1e-16);
+            EXPECT_NEAR(record.PositionOf(value), position, 1e-4);
+        }
     }
 }
 
@@ -45,43 +41,44 @@ TEST(ParameterRecord, ASetGoesToTheTargetWhileAMoveIsUnderWay) {
 // later ones.
 TEST(ParameterRecord, RandomisesByOneSequence) {
     std::atomic<std::uint8_t> onOff = 1;
-    ParameterRecord linear, fourth, whole, integer, list, boolean, group, head, fixed;
-    linear.SetFloat("a", "a", 0, 2, 1);
-    fourth.SetFloat("b", "b", 0.0001, 0.1, 0.01);
+    ParameterRecord linear, fourth, integer, list, boolean, group, head, fixed, moved, whole;
+    linear.SetFloat("", "", 0, 2, 1);
+    fourth.SetFloat("", "", 0.0001, 0.1, 0.01);
     fourth.law = PositionLaw::FourthPower;
-    integer.SetInteger("c", "c", 1, 10, 5);
-    list.SetEnumeration("d", "d", {"0", "1", "2", "3", "4", "5", "6"}, 0);
-    boolean.SetBoolean("e", "e", false);
-    group.SetGroup("f", "f", &onOff);
-    head.SetGroup("g", "g");
-    fixed.SetFloat("h", "h", 0, 1, 0.25);
+    integer.SetInteger("", "", 1, 10, 5);
+    list.SetEnumeration("", "", {"0", "1", "2", "3", "4", "5", "6"}, 0);
+    boolean.SetBoolean("", "", false);
+    group.SetGroup("", "", &onOff);
+    head.SetGroup("", "");
+    fixed.SetFloat("", "", 0, 1, 0.25);
     fixed.Clear(ParameterFlag::kRandomizes);
-    whole.SetFloat("i", "i", 0, 10, 5);
+    moved.SetFloat("", "", 0, 2, 1);
+    whole.SetFloat("", "", 0, 10, 5);
     whole.Raise(ParameterFlag::kRandomizesWhole);
-
+    const struct {
+        ParameterRecord& record;
+        double amount, result;
+    } rows[] = {
+        {linear, 1, 2 * 41 / 32767.0},
+        {fourth, 1, 0.0001 + 0.0999 * std::pow(18467 / 32767.0, 4)},
+        {integer, 0.5, 2},  // 6334: a step of round(0.1933 * 9 - 4.5) = -3
+        {list, 1, 5},       // 26500: trunc(5.66)
+        {boolean, 0.49, 0},
+        {head, 1, 0},
+        {fixed, 1, 0.25},
+        {boolean, 0.5, 1},  // 19169 is odd
+        {group, 1, 0},      // 15724 is even
+        // From position 0.5 by 11478 / 32767 * 0.4 - 0.2.
+        {moved, 0.2, 2 * (0.3 + 0.4 * 11478 / 32767.0)},
+        {whole, 1, 9},  // 29358: 8.96
+    };
     SetRandomSeed(1);
-    linear.Randomize(1);
-    EXPECT_NEAR(linear.Get(), 2 * 41 / 32767.0, 1e-12);
-    EXPECT_EQ(linear.stored, linear.Get());
-    fourth.Randomize(1);
-    EXPECT_NEAR(fourth.Get(), 0.0001 + 0.0999 * std::pow(18467 / 32767.0, 4), 1e-12);
-    integer.Randomize(0.5);  // 6334: a step of round(0.1933 * 9 - 4.5) = -3
-    EXPECT_EQ(integer.Get(), 2);
-    list.Randomize(1);  // 26500: trunc(5.66)
-    EXPECT_EQ(list.Get(), 5);
-    boolean.Randomize(0.49);
-    head.Randomize(1);
-    fixed.Randomize(1);
-    EXPECT_EQ(fixed.Get(), 0.25);
-    boolean.Randomize(0.5);  // 19169 is odd
-    EXPECT_EQ(boolean.Get(), 1);
-    group.Randomize(1);  // 15724 is even
-    EXPECT_EQ(onOff, 0);
-    linear.Set(1);
-    linear.Randomize(0.2);  // from position 0.5 by 11478 / 32767 * 0.4 - 0.2
-    EXPECT_NEAR(linear.Get(), 2 * (0.3 + 0.4 * 11478 / 32767.0), 1e-12);
-    whole.Randomize(1);  // 29358: 8.96
-    EXPECT_EQ(whole.Get(), 9);
+    for (const auto& [record, amount, result] : rows) {
+        record.Randomize(amount);
+        EXPECT_NEAR(record.Get(), result, 1e-12);
+        const bool ramps = record.type == ParameterType::Float;
+        EXPECT_TRUE(!ramps || record.stored == record.Get()) << "no ramp to what is drawn";
+    }
 }
 
 TEST(ParameterRecord, StaysInItsRangeHoweverOftenItIsRandomised) {
