@@ -12,48 +12,29 @@
 // Errors   each answers a VecStatus and, unless that is kVecDone, touches nothing
 // Method   plain loops that the compiler turns into vector code. No result depends on the place of
 //          an element in its array, so a block may be cut anywhere
-//
-// Source and destination may be one array where both have the same element type, except in
-// VecCopy; only VecMove takes arrays that overlap in part.
 
 using VecStatus = std::int32_t;
 inline constexpr VecStatus kVecDone = 0;
 inline constexpr VecStatus kVecBadLength = -6;    // a count below 1
 inline constexpr VecStatus kVecNullPointer = -8;  // comes before kVecBadLength
 
-VecStatus VecCopy(const float* source, float* destination, int count);
-VecStatus VecMove(const float* source, float* destination, int count);
 VecStatus VecZero(float* destination, int count);
-VecStatus VecZeroDouble(double* destination, int count);
-VecStatus VecFill(float value, float* destination, int count);
 
 // array[i] += value
 VecStatus VecAddConstant(float value, float* array, int count);
 VecStatus VecAddConstantDouble(double value, double* array, int count);
 
-// array[i] += source[i]
-VecStatus VecAdd(const float* source, float* array, int count);
-
-// destination[i] = source[i] * value
-VecStatus VecScale(const float* source, float value, float* destination, int count);
+// array[i] *= value
 VecStatus VecScaleInPlace(float value, float* array, int count);
 
 // array[i] *= start + i * step, the gain in 32-bit arithmetic. A step below kSameGain in size is no
 // step; a gain within kSameGain of 1 without a step leaves the array alone.
 VecStatus VecRamp(float start, float step, float* array, int count);
 
-// Both extremes. -0 is below +0; a NaN counts as beyond the infinity of its sign.
-VecStatus VecMinMax(const float* source, int count, float* minimum, float* maximum);
-
 VecStatus VecFloatToDouble(const float* source, double* destination, int count);
 
 // Rounds to nearest, ties to even.
 VecStatus VecDoubleToFloat(const double* source, float* destination, int count);
 
-// The two below are written for blocks of samples in 16-byte vectors; callers have 4 or more.
-
 // Largest absolute value. A NaN counts as largest, so an array with one in it is never silent.
 VecStatus SseAbsMax(const float* array, int count, float* result);
-
-// array[i] *= value
-VecStatus SseScale(float* array, int count, float value);
