@@ -5,35 +5,9 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <memory>
-#include <vector>
-
-#include "effect/chorus_entry.h"
-#include "plugin/contract/plugin_host.h"
+#include "effect/chorus_driver.h"
 
 namespace {
-
-std::vector<float> RunBlocks(PluginEntry entry) {
-    constexpr int kBlock = 300;
-    constexpr int kBlocks = 20;
-    const auto host = MPluginSystem::CreateOrRaise("chorus", entry);
-    PluginArguments setup(1, 44100);
-    host->Command(PluginCommand::kPrepare, setup);
-    std::vector<float> sound(kBlock * kBlocks);
-    for (std::size_t i = 0; i < sound.size(); ++i)
-        sound[i] = std::sin(0.1f * static_cast<float>(i));
-    const TransportInfo transport;
-    for (int block = 0; block < kBlocks; ++block) {
-        float* samples[] = {sound.data() + block * kBlock};
-        const float* inputs[] = {samples[0]};
-        float* const* outputs = samples;
-        PluginArguments arguments(&transport, static_cast<const float* const*>(inputs), outputs,
-                                  kBlock);
-        host->Command(PluginCommand::kProcess, arguments);
-    }
-    return sound;
-}
 
 TEST(SharedLibrary, SoundsLikeTheEffectItHolds) {
     void* library = dlopen(QUILLOREA_LIBRARY, RTLD_NOW | RTLD_LOCAL);
@@ -41,7 +15,10 @@ TEST(SharedLibrary, SoundsLikeTheEffectItHolds) {
     const auto entry =
         reinterpret_cast<PluginEntry>(dlsym(library, "FennirAudioEffectPluginInterface"));
     ASSERT_NE(entry, nullptr);
-    EXPECT_EQ(RunBlocks(entry), RunBlocks(ChorusEntry));
+    const ReferenceSettings settings = Settings(2, 44100, true);
+    const Audio input = Programme(2, 6000, 0.5f);
+    EXPECT_EQ(ChorusDriver(settings, entry).Rendered(input),
+              ChorusDriver(settings).Rendered(input));
     dlclose(library);
 }
 

@@ -49,7 +49,6 @@ void InstallHooks() {
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
@@ -58,11 +57,6 @@ void __libc_free(void* block);
 void* malloc(std::size_t size) {
     Count();
     return __libc_malloc(size);
-}
-
-void* calloc(std::size_t count, std::size_t size) {
-    Count();
-    return __libc_calloc(count, size);
 }
 
 void* realloc(void* block, std::size_t size) {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "foundation/text/exception.h"
 #include "plugin/contract/plugin_host.h"
@@ -28,27 +29,26 @@ public:
         descriptor.parameterCount = 2;
     }
 
-    std::intptr_t Init() override {
-        log += "init ";
-        return 0;
-    }
+    std::intptr_t Init() override { return Note("init "); }
     std::intptr_t Prepare(int newChannels, int newSampleRate) override {
         MAudioEffectPlugin::Prepare(newChannels, newSampleRate);
-        log += "prepare ";
-        return 77;
+        return Note("prepare ");
     }
     void Update() override {
-        log += "update ";
-        if (asksAgain) RequestUpdate();
-        asksAgain = false;
+        Note("update ");
+        if (std::exchange(asksAgain, false)) RequestUpdate();
     }
     void ResetParameters() override {
         MAudioEffectPlugin::ResetParameters();
-        log += "reset ";
+        Note("reset ");
     }
-    void ParameterChanged(int index) override { log += "changed" + std::to_string(index) + " "; }
-    void RandomizeSpecial() override { log += "special "; }
+    void ParameterChanged(int index) override { Note("changed" + std::to_string(index) + " "); }
+    void RandomizeSpecial() override { Note("special "); }
     std::intptr_t Tell(int code) { return CallHost(code); }
+    std::intptr_t Note(const std::string& what) {
+        log += what;
+        return 77;
+    }
 
     ParameterRecord records[2];
     std::string log;
