@@ -107,6 +107,7 @@ TEST(FilterDesign, RefusesATypeWithoutAShapeAndKeepsTheOldOne) {
             EXPECT_EQ(refusal.code, 2);
         }
         EXPECT_EQ(Response(filter, 900), before);
+        EXPECT_EQ(filter.version, 2u);
     }
 }
 

@@ -193,14 +193,17 @@ TEST(Chorus, IsDeletedOnlyAfterARunningBlock) {
     const int sampleCount = 480000;
     const Audio input = Noise(1, sampleCount, 0.5f);
     Audio output = Constant(1, sampleCount, 99);
+    std::atomic<bool> over = false;
     std::thread audio([&, effect = engine.host->plugin] {
         const TransportInfo transport;
         const std::vector<const float*> inputs = ReadPointers(input);
         const std::vector<float*> outputs = WritePointers(output);
         PluginArguments arguments(&transport, inputs.data(), outputs.data(), sampleCount);
         effect->Dispatch(PluginCommand::kProcess, arguments);
+        over = true;
     });
-    while (!lock.held) std::this_thread::yield();
+    while (!lock.held && !over) std::this_thread::yield();
+    EXPECT_TRUE(lock.held);
     engine.host.reset();
     EXPECT_NE(output[0].back(), 99);
     audio.join();

@@ -221,16 +221,18 @@ TEST(ChorusSoundWhileParametersMove, FollowsTheirTargets) {
 }
 
 // A record takes any value; the tables behind it are as long as its range.
-TEST(ChorusSoundOfValuesOutOfRange, IsThatOfTheNearestInRange) {
-    for (double sign : {-1.0, 1.0}) {
+TEST(ChorusSoundOfValuesOutOfRange, IsThatOfTheNearestInRangeOrTheDefault) {
+    for (double value : {-1000.0, 1000.0, std::nan("")}) {
         const SoundCase sound{"", 2, 8000, 256, 9000, "sync=1"};
-        Pair pair(sound, sign > 0);
+        Pair pair(sound, value > 0);
         for (int index :
              {P::kRange, P::kDelay, P::kVoices, P::kSpread, P::kSpreadMode, P::kRangeVariability,
               P::kDelayVariability, P::kSyncLength, P::kSyncType}) {
             const ReferenceParameter& range = P::Parameters()[index];
-            pair.engine.Set(index, sign * 1000);
-            pair.reference.settings[index] = sign < 0 ? range.min : range.max;
+            pair.engine.Set(index, value);
+            pair.reference.settings[index] = value < 0   ? range.min
+                                             : value > 0 ? range.max
+                                                         : range.defaultValue;
         }
         pair.reference.Update();
         pair.Run(sound);

@@ -108,10 +108,13 @@ TEST_F(RenderedFiles, MayReplaceTheInputAlsoThroughALink) {
     const SoundData input = Tones(0.5);
     WriteSound("in.wav", input);
     std::filesystem::create_symlink("in.wav", folder / "link.wav");
+    const auto permissions = std::filesystem::perms(0640);
+    std::filesystem::permissions(folder / "in.wav", permissions);
     const SoundData output = Rendered({"in.wav", "link.wav", "--tail=0"}, "in.wav");
     EXPECT_EQ(output.FrameCount(), input.FrameCount());
     EXPECT_GT(LargestDifference(input, output), 0.01F);
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.wav"));
+    EXPECT_EQ(std::filesystem::status(folder / "in.wav").permissions(), permissions);
     EXPECT_THAT(Names(), ElementsAre("in.wav", "link.wav"));
 }
 
