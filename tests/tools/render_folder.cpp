@@ -58,6 +58,8 @@ pid_t RenderFolder::Start(const Arguments& arguments, std::optional<std::uint64_
     if (process != 0) return process;
     SendTo(STDOUT_FILENO, logFolder / "out");
     SendTo(STDERR_FILENO, logFolder / "err");
+    // Whoever runs the tests may ignore it, and what is ignored stays so in a new program.
+    std::signal(SIGHUP, SIG_DFL);
     if (largestFile) {
         const rlimit limit = {*largestFile, *largestFile};
         setrlimit(RLIMIT_FSIZE, &limit);
