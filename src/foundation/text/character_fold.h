@@ -11,5 +11,11 @@ constexpr char16_t LowerAscii(char16_t unit) {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;
 }
 
+// An accented Latin, Greek or Cyrillic letter becomes its base letter in the same case, every other
+// unit stays as it is.
+char16_t WithoutAccent(char16_t unit);
+
 // The form under which units are equal to MString::CompareNoCase.
-char16_t FoldCharacter(char16_t unit);
+inline char16_t FoldCharacter(char16_t unit) {
+    return LowerAscii(unit < 0xc0 ? unit : WithoutAccent(unit));
+}

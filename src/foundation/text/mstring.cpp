@@ -2,30 +2,24 @@
 #include "foundation/text/mstring.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
 #include <new>
 #include <type_traits>
 
 #include "foundation/text/character_fold.h"
+#include "foundation/text/decoding_inl.h"
 #include "foundation/text/growth.h"
 #include "foundation/text/utf8.h"
 
 namespace {
 
-// Stands in front of the code units of shared text.
-struct BlockHeader {
-    std::uint32_t capacity;  // bytes of the whole block
-    std::uint32_t refcount;  // atomic
-};
-static_assert(sizeof(BlockHeader) == 8);
 static_assert(std::is_standard_layout_v<MString> && sizeof(MString) == sizeof(void*) + 8);
 
+constexpr std::int64_t kHeaderBytes = 8;
 constexpr std::int64_t kLargestBlock = std::int64_t{1} << 31;
 
 constexpr std::int64_t BytesFor(std::int64_t units) {
-    return units * static_cast<std::int64_t>(sizeof(char16_t)) +
-           static_cast<std::int64_t>(sizeof(BlockHeader));
+    return units * static_cast<std::int64_t>(sizeof(char16_t)) + kHeaderBytes;
 }
 
 // Any block has room for a terminator.
@@ -36,29 +30,14 @@ std::int64_t BlockSizeFor(std::int64_t units) {
     return size;
 }
 
-BlockHeader* HeaderOf(char16_t* units) { return reinterpret_cast<BlockHeader*>(units) - 1; }
-
-char16_t* UnitsOf(BlockHeader* header) { return reinterpret_cast<char16_t*>(header + 1); }
-
-std::atomic_ref<std::uint32_t> RefcountOf(char16_t* units) {
-    return std::atomic_ref(HeaderOf(units)->refcount);
-}
-
-void AppendCodePoint(MString& string, char32_t codePoint) {
-    if (codePoint < 0x10000) {
-        string.Append(static_cast<char16_t>(codePoint));
-    } else if (codePoint <= 0x10ffff) {
-        string.Append(static_cast<char16_t>(0xd800 + ((codePoint - 0x10000) >> 10)));
-        string.Append(static_cast<char16_t>(0xdc00 + (codePoint & 0x3ff)));
-    }
-}
-
 }  // namespace
 
 // Delegates, so that the block is freed where a later character finds no memory.
 MString::MString(const wchar_t* wide) : MString() {
     if (wide == nullptr) return;
-    for (; *wide != 0; ++wide) AppendCodePoint(*this, static_cast<char32_t>(*wide));
+    UnitBuffer<64> buffer(*this);
+    for (; *wide != 0; ++wide) PutCodePoint(buffer, static_cast<char32_t>(*wide));
+    buffer.Flush();
 }
 
 MString::MString(const char16_t* units) {
@@ -71,15 +50,7 @@ MString::MString(const char16_t* units) {
 
 MString::MString(char16_t unit) { Append(unit); }
 
-MString MString::FromUtf8(std::string_view bytes) {
-    MString result;
-    Utf8Reader reader(bytes);
-    for (char32_t codePoint = 0; reader.Next(codePoint);) {
-        if (result.IsLiteral()) result.Reserve(static_cast<std::int64_t>(bytes.size()) + 1);
-        AppendCodePoint(result, codePoint);
-    }
-    return result;
-}
+MString MString::FromUtf8(std::string_view bytes) { return DecodeBytes(bytes, Utf8Decoder()); }
 
 std::string MString::ToUtf8() const {
     std::string bytes;
@@ -90,8 +61,7 @@ std::string MString::ToUtf8() const {
 }
 
 void MString::Reserve(std::int64_t characters) {
-    // Acquire: what others read of this block comes before what is written into it from here on.
-    if (!IsLiteral() && RefcountOf(text.units).load(std::memory_order_acquire) < 2) {
+    if (IsSoleOwner()) {
         GrowOwnBlock(BlockSizeFor(characters));
         return;
     }
@@ -103,14 +73,31 @@ void MString::Reserve(std::int64_t characters) {
 MString& MString::Append(const MString& other) {
     const std::int32_t added = other.length;
     if (added == 0) return *this;
-    Reserve(std::int64_t{length} + added + 1);
+    if (!HasRoomFor(added)) Reserve(std::int64_t{length} + added + 1);
     Put(other, 0, added);
     return *this;
 }
 
-MString& MString::Append(char16_t unit) {
-    Reserve(std::int64_t{length} + 2);
-    Put(unit);
+MString& MString::AppendUnits(const char16_t* units, std::int32_t count) {
+    if (count <= 0) return *this;
+    if (!HasRoomFor(count)) Reserve(std::int64_t{length} + count + 1);
+    std::copy_n(units, count, text.units + length);
+    length += count;
+    text.units[length] = 0;
+    return *this;
+}
+
+// The copy of other keeps its text where it is this string that is inserted into itself.
+MString& MString::Insert(std::int32_t position, MString other) {
+    const std::int32_t at = std::clamp(position, 0, length);
+    if (at == length) return Append(other);
+    const std::int32_t added = other.length;
+    if (added == 0) return *this;
+    Reserve(std::int64_t{length} + added + 1);
+    char16_t* const gap = text.units + at;
+    std::copy_backward(gap, text.units + length + 1, text.units + length + 1 + added);
+    for (std::int32_t i = 0; i < added; ++i) gap[i] = other[i];
+    length += added;
     return *this;
 }
 
@@ -160,7 +147,10 @@ int MString::CompareWith(const MString& other, std::int32_t maximum, Fold fold) 
     const std::int32_t countB = std::min(other.length, maximum);
     return VisitPair(*this, other, [&](const auto* a, const auto* b) {
         for (std::int32_t i = 0; i < std::min(countA, countB); ++i) {
-            const int difference = fold(Widen(a[i])) - fold(Widen(b[i]));
+            const char16_t unitA = Widen(a[i]);
+            const char16_t unitB = Widen(b[i]);
+            if (unitA == unitB) continue;
+            const int difference = fold(unitA) - fold(unitB);
             if (difference != 0) return difference;
         }
         return (countA > countB) - (countA < countB);
@@ -185,29 +175,30 @@ std::uint32_t MString::Hash() const {
 }
 
 void MString::KeepBlock() const noexcept {
-    RefcountOf(text.units).fetch_add(1, std::memory_order_relaxed);
+    std::atomic_ref(Header().refcount).fetch_add(1, std::memory_order_relaxed);
 }
 
 void MString::DropBlock() noexcept {
-    if (RefcountOf(text.units).fetch_sub(1, std::memory_order_acq_rel) == 1)
-        std::free(HeaderOf(text.units));
+    if (std::atomic_ref(Header().refcount).fetch_sub(1, std::memory_order_acq_rel) == 1)
+        std::free(&Header());
 }
 
 void MString::GrowOwnBlock(std::int64_t blockSize) {
-    BlockHeader* const old = HeaderOf(text.units);
+    BlockHeader* const old = &Header();
     if (old->capacity >= blockSize) return;
     void* const memory = std::realloc(old, static_cast<std::size_t>(blockSize));
     if (memory == nullptr) throw std::bad_alloc();
     auto* const header = static_cast<BlockHeader*>(memory);
     header->capacity = static_cast<std::uint32_t>(blockSize);
-    text.units = UnitsOf(header);
+    text.units = reinterpret_cast<char16_t*>(header + 1);
 }
 
 void MString::MoveToNewBlock(std::int64_t blockSize, std::int32_t keptLength) {
     void* const memory = std::malloc(static_cast<std::size_t>(blockSize));
     if (memory == nullptr) throw std::bad_alloc();
     MString fresh;
-    fresh.text.units = UnitsOf(new (memory) BlockHeader{static_cast<std::uint32_t>(blockSize), 1});
+    auto* const header = new (memory) BlockHeader{static_cast<std::uint32_t>(blockSize), 1};
+    fresh.text.units = reinterpret_cast<char16_t*>(header + 1);
     fresh.flags = 0;
     fresh.Put(*this, 0, keptLength);
     *this = std::move(fresh);
@@ -222,9 +213,4 @@ void MString::Put(const MString& source, std::int32_t start, std::int32_t count)
     }
     out[count] = 0;
     length += count;
-}
-
-void MString::Put(char16_t unit) {
-    text.units[length++] = unit;
-    text.units[length] = 0;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <atomic>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -64,10 +65,31 @@ public:
         if (!IsLiteral()) DropBlock();
     }
 
-    // Malformed bytes are left out and a NUL ends the text, see Utf8Reader.
+    // Malformed bytes are left out and a NUL ends the text, see Utf8Decoder.
     static MString FromUtf8(std::string_view bytes);
-    // Valid UTF-8: a surrogate without its partner is left out, see CodePointReader.
+    // A surrogate without its partner is left out, see CodePointReader and AppendUtf8.
     std::string ToUtf8() const;
+
+    // Number texts are the same under every C locale. The digits above 9 are A to Z; radix 2 .. 36.
+    // Padding stands in front of the digits until there are width of them; a minus stands in front
+    // of the padding and does not count: -5 with width 4 and padding '0' is "-0005".
+    static MString FromInt(std::int64_t value, int radix = 10, int width = 0,
+                           char16_t padding = u' ');
+    static MString FromUnsigned(std::uint64_t value, int radix = 10, int width = 0,
+                                char16_t padding = u' ');
+    // Below a precision of 10 that many decimals, from 10 on that many significant digits, as
+    // "%.Nf" and "%.NNg" write them. precision 0 .. 99, beyond which the nearest of them is taken.
+    static MString FromDouble(double value, int precision);
+    // A plain C format, at most 8191 bytes of UTF-8. What it makes of a number depends on the C
+    // locale: not for text that is shown or stored.
+    [[gnu::format(printf, 1, 2)]] static MString Printf(const char* format, ...);
+
+    // An optional minus and digits, letters in either case above radix 10; ends at whatever is no
+    // digit. consumed gets how many units were read. A number that is too large wraps around.
+    static std::int32_t ToInt(const MString& text, int radix = 10,
+                              std::int32_t* consumed = nullptr);
+    static std::int64_t ToInt64(const MString& text, int radix = 10,
+                                std::int32_t* consumed = nullptr);
 
     constexpr std::int32_t Length() const { return length; }
     constexpr bool IsEmpty() const { return length == 0; }
@@ -86,7 +108,15 @@ public:
     // Null appends nothing; the string may be appended to itself.
     MString& Append(const MString& other);
     MString& Append(const char* literal) { return Append(MString(literal)); }
-    MString& Append(char16_t unit);
+    MString& Append(char16_t unit) {
+        if (!HasRoomFor(1)) Reserve(std::int64_t{length} + 2);
+        Put(unit);
+        return *this;
+    }
+    // The units are not part of this string's own text.
+    MString& AppendUnits(const char16_t* units, std::int32_t count);
+    // Puts other in front of the unit at position, which is clamped to 0 .. Length().
+    MString& Insert(std::int32_t position, MString other);
 
     // Up to count units from start on. The empty literal for a negative start, a start at or behind
     // the end and a count below 1. The whole string and the tail of a literal are not copied.
@@ -98,7 +128,7 @@ public:
     // Negative, zero or positive, by code units; a string sorts behind its own beginning. At most
     // maximum units are compared.
     int Compare(const MString& other, std::int32_t maximum = kWhole) const;
-    // The same over folded units, see FoldCharacter.
+    // The same over folded units: accents are taken off, A to Z become a to z, see FoldCharacter.
     int CompareNoCase(const MString& other, std::int32_t maximum = kWhole) const;
 
     // Equal for texts that differ in the case of ASCII letters only. Of a text of 16 units or more
@@ -133,13 +163,35 @@ private:
         flags = kLiteralBit;
     }
 
+    // Stands in front of the code units of shared text.
+    struct BlockHeader {
+        std::uint32_t capacity;  // bytes of the whole block
+        std::uint32_t refcount;
+    };
+
+    BlockHeader& Header() const { return reinterpret_cast<BlockHeader*>(text.units)[-1]; }
+    // Acquire: what others read of this block comes before what is written into it from here on.
+    bool IsSoleOwner() const {
+        return !IsLiteral() &&
+               std::atomic_ref(Header().refcount).load(std::memory_order_acquire) < 2;
+    }
+    // Whether so many more units and the terminator may be written without a Reserve.
+    bool HasRoomFor(std::int64_t added) const {
+        constexpr std::int64_t kUnit = sizeof(char16_t);
+        return IsSoleOwner() && (length + added + 1) * kUnit + std::int64_t{sizeof(BlockHeader)} <=
+                                    std::int64_t{Header().capacity};
+    }
+
     void KeepBlock() const noexcept;
     void DropBlock() noexcept;
     void GrowOwnBlock(std::int64_t blockSize);
     void MoveToNewBlock(std::int64_t blockSize, std::int32_t keptLength);
     // Behind a Reserve for the added units and the terminator.
     void Put(const MString& source, std::int32_t start, std::int32_t count);
-    void Put(char16_t unit);
+    void Put(char16_t unit) {
+        text.units[length++] = unit;
+        text.units[length] = 0;
+    }
 
     // Calls visit with the two character arrays, each as const char* or const char16_t*.
     template <typename Visit>

@@ -13,27 +13,17 @@ bool IsLowSurrogate(char16_t unit) { return (unit & 0xfc00) == 0xdc00; }
 
 }  // namespace
 
-bool Utf8Reader::Next(char32_t& codePoint) {
-    while (!bytes.empty() && bytes.front() != '\0') {
-        if (ReadSequence(codePoint) && codePoint <= 0x10ffff && codePoint != 0xfeff) return true;
+bool Utf8Decoder::PushMultiByte(std::uint8_t byte, char32_t& codePoint) {
+    const int marks = std::countl_one(byte);
+    if (marks == 1) {
+        if (missing == 0) return false;
+        value = value << 6 | (byte & 0x3fu);
+        codePoint = value;
+        return --missing == 0 && value <= 0x10ffff && value != 0xfeff;
     }
+    missing = marks <= 4 ? marks - 1 : 0;
+    value = byte & (0x7fu >> marks);
     return false;
-}
-
-// Takes at least the lead byte; false where it starts nothing or its sequence is cut short.
-bool Utf8Reader::ReadSequence(char32_t& codePoint) {
-    const auto lead = static_cast<std::uint8_t>(bytes.front());
-    bytes.remove_prefix(1);
-    const int marks = std::countl_one(lead);
-    codePoint = lead & (0x7fu >> marks);
-    if (marks == 0) return true;
-    if (marks == 1 || marks > 4) return false;
-    for (int i = 1; i < marks; ++i) {
-        if (bytes.empty() || (bytes.front() & 0xc0) != 0x80) return false;
-        codePoint = codePoint << 6 | (bytes.front() & 0x3fu);
-        bytes.remove_prefix(1);
-    }
-    return true;
 }
 
 bool CodePointReader::Next(char32_t& codePoint) {
@@ -54,7 +44,8 @@ bool CodePointReader::Next(char32_t& codePoint) {
 void AppendUtf8(std::string& bytes, char32_t codePoint) {
     const auto put = [&bytes](char32_t value) { bytes += static_cast<char>(value); };
     const auto putRest = [&](int shift) { put(0x80 | (codePoint >> shift & 0x3f)); };
-    if (codePoint < 0x80) return put(codePoint);
+    const bool isEscaped = codePoint >= 0x10fe01 && codePoint < 0x10ff00;
+    if (codePoint < 0x80 || isEscaped) return put(codePoint & 0xff);
     if (codePoint < 0x800) {
         put(0xc0 | codePoint >> 6);
     } else if (codePoint < 0x10000) {
