@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "foundation/objects/growing_buffer.h"
+#include "foundation/objects/mlist.h"
 #include "foundation/objects/object.h"
 
 class MEventBase;
@@ -14,7 +14,8 @@ MLock& EventLock();
 
 // Anything that can receive events. Its destructor disconnects it from each of them.
 //
-// Threads  may be destroyed on one thread while one of its events is destroyed on another
+// Threads  may be destroyed on one thread while one of its events is destroyed on another; not
+//          while another thread runs a handler of it, which nobody waits for
 class MEventTarget : public MObject {
 public:
     MEventTarget() = default;
@@ -29,6 +30,5 @@ private:
     void AddEvent(MEventBase* event);
     void RemoveEvent(MEventBase* event);
 
-    GrowingBuffer<MEventBase*> events;  // under the event lock
-    int eventCount = 0;                 // under the event lock
+    MList<MEventBase, 2> events;  // under the event lock
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -19,15 +20,18 @@
 //     line.Reserve(1000);   // 1024 cells, all 0
 //
 // Units    cells
-// Ranges   capacity 0 .. 2^30, a power of two above 2
+// Ranges   capacity 0 .. 2^30, a power of two
 // Threads  as the owner says
 // Memory   reallocates only where the capacity changes. Cells that were there keep their content,
-//          the others are zero bytes
+//          the others are zero bytes, or T() where T has a constructor or destructor of its own
 // Errors   std::bad_alloc; the buffer stays as it was
 
 template <typename T>
 class GrowingBuffer {
-    static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
+    static constexpr bool kIsPlain =
+        std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>;
+    static_assert(kIsPlain || (std::is_nothrow_default_constructible_v<T> &&
+                               std::is_nothrow_move_assignable_v<T>));
     static_assert(alignof(T) <= alignof(std::max_align_t));
 
 public:
@@ -38,7 +42,7 @@ public:
         std::swap(data, other.data);
         return *this;
     }
-    ~GrowingBuffer() { std::free(data); }
+    ~GrowingBuffer() { Free(data); }
 
     // Null at capacity 0. A reallocation moves the cells.
     T* Data() { return data; }
@@ -57,7 +61,7 @@ public:
         const std::int64_t wanted = RoundedCapacity(count > 0 ? count : 0);
         if (wanted == capacity) return false;
         if (wanted == 0) {
-            std::free(std::exchange(data, nullptr));
+            Free(std::exchange(data, nullptr));
         } else if (!Resize(wanted)) {
             if (wanted < capacity) return false;
             throw std::bad_alloc();
@@ -74,14 +78,36 @@ private:
         if (wanted > kLargestCapacity ||
             cells > std::numeric_limits<std::size_t>::max() / sizeof(T))
             return false;
-        void* const memory = std::realloc(static_cast<void*>(data), cells * sizeof(T));
+        T* const memory = Reallocate(cells);
         if (memory == nullptr) return false;
-        data = static_cast<T*>(memory);
-        if (wanted > capacity) {
-            const auto kept = static_cast<std::size_t>(capacity);
-            std::memset(static_cast<void*>(data + kept), 0, (cells - kept) * sizeof(T));
-        }
+        data = memory;
         return true;
+    }
+
+    // Null where there is no memory; the old block is then still there.
+    T* Reallocate(std::size_t cells) {
+        const auto old = static_cast<std::size_t>(capacity);
+        if constexpr (kIsPlain) {
+            void* const memory = std::realloc(static_cast<void*>(data), cells * sizeof(T));
+            T* const moved = static_cast<T*>(memory);
+            if (moved != nullptr && cells > old)
+                std::memset(static_cast<void*>(moved + old), 0, (cells - old) * sizeof(T));
+            return moved;
+        } else {
+            T* const moved = new (std::nothrow) T[cells]();
+            if (moved == nullptr) return nullptr;
+            std::move(data, data + std::min(cells, old), moved);
+            Free(data);
+            return moved;
+        }
+    }
+
+    static void Free(T* block) {
+        if constexpr (kIsPlain) {
+            std::free(block);
+        } else {
+            delete[] block;
+        }
     }
 
     int capacity = 0;

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -10,40 +12,31 @@
 
 namespace {
 
-// 0 where another thread could take the lock at this moment.
-int TryElsewhere(MLock& lock) {
+// 0 where another thread could take the lock within the timeout.
+int TryElsewhere(MLockBase& lock, std::uint32_t timeoutMilliseconds = 0) {
     int answer = -1;
     std::thread other([&] {
-        answer = lock.Acquire(0);
+        answer = lock.Acquire(timeoutMilliseconds);
         if (answer == 0) lock.Release();
     });
     other.join();
     return answer;
 }
 
-class RefusingLock : public MLock {
-public:
-    int Acquire(std::uint32_t timeoutMilliseconds) override {
-        timeoutSeen = timeoutMilliseconds;
-        return 1;
-    }
-    void Release() override { ++releases; }
-
-    std::uint32_t timeoutSeen = 0;
-    int releases = 0;
-};
-
 }  // namespace
 
 TEST(Lock, IsFreeForOthersAfterTheLastRelease) {
     MLock lock;
-    ASSERT_EQ(lock.Acquire(kInfinite), 0);
-    ASSERT_EQ(lock.Acquire(0), 0);
-    EXPECT_EQ(TryElsewhere(lock), 1);
-    lock.Release();
-    EXPECT_EQ(TryElsewhere(lock), 1);
-    lock.Release();
-    EXPECT_EQ(TryElsewhere(lock), 0);
+    MMutex mutex;
+    for (MLockBase* each : {static_cast<MLockBase*>(&lock), static_cast<MLockBase*>(&mutex)}) {
+        MLocker outer(each);
+        MLocker inner(each, 0);
+        EXPECT_EQ(TryElsewhere(*each), 1);
+        inner.Release();
+        EXPECT_EQ(TryElsewhere(*each), 1);
+        outer.Release();
+        EXPECT_EQ(TryElsewhere(*each), 0);
+    }
 }
 
 TEST(Lock, BlocksForAnyTimeoutButZero) {
@@ -63,24 +56,56 @@ TEST(Lock, BlocksForAnyTimeoutButZero) {
     EXPECT_EQ(count, 20000);
 }
 
-TEST(Locker, HoldsToTheEndOfItsScope) {
-    MLock lock;
-    {
-        MLocker locker(&lock);
-        EXPECT_EQ(TryElsewhere(lock), 1);
+TEST(Lock, TheOthersKeepTheirTimeouts) {
+    using Clock = std::chrono::steady_clock;
+    MMutex mutex;
+    MSemaphore semaphore(1);
+    for (MLockBase* each : {static_cast<MLockBase*>(&mutex), static_cast<MLockBase*>(&semaphore)}) {
+        MLocker held(each);
+        const auto start = Clock::now();
+        EXPECT_EQ(TryElsewhere(*each, 30), 1);
+        EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(30));
+        held.Release();
+        EXPECT_EQ(TryElsewhere(*each, 30), 0);
     }
-    EXPECT_EQ(TryElsewhere(lock), 0);
-    MLocker none(static_cast<MLock*>(nullptr));
+}
+
+TEST(Mutex, OneWithoutAHandleIsNeverHeld) {
+    MMutex mutex(MMutex::Kind::Null);
+    MLocker locker(mutex);
+    EXPECT_EQ(TryElsewhere(mutex), 0);
+}
+
+TEST(Semaphore, LetsThroughAsManyAsItsCount) {
+    MSemaphore semaphore(2);
+    std::atomic<int> inside = 0;
+    std::atomic<int> most = 0;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 1000; ++i) {
+                MLocker locker(semaphore);
+                const int now = ++inside;
+                if (now > most) most = now;
+                --inside;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_LE(most, 2);
+    EXPECT_EQ(semaphore.Acquire(0), 0);
+    EXPECT_EQ(semaphore.Acquire(0), 0);
+    EXPECT_EQ(semaphore.Acquire(0), 1);
 }
 
 TEST(Locker, RaisesAndReleasesNothingWhenRefused) {
-    RefusingLock lock;
+    MSemaphore semaphore;
     try {
-        MLocker locker(lock, 250);
+        MLocker locker(semaphore, 1);
         FAIL();
     } catch (const MException& error) {
         EXPECT_STREQ(error.what(), "Could not acquire mutex.");
     }
-    EXPECT_EQ(lock.timeoutSeen, 250u);
-    EXPECT_EQ(lock.releases, 0);
+    EXPECT_EQ(semaphore.Acquire(0), 1);
+    MLocker none(static_cast<MLock*>(nullptr));
 }
