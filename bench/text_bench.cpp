@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// MString beside std::u16string, for texts of the length of a key and of a message. A literal is
-// compared as keys are: with text that was read.
+// MString beside std::u16string, for texts of the length of a unit, which std::u16string holds
+// without an allocation, of a key and of a message. A literal is compared as keys are: with text
+// that was read.
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -10,7 +11,7 @@
 
 namespace {
 
-constexpr const char16_t* kTexts[] = {u"PhaseSyncGroup",
+constexpr const char16_t* kTexts[] = {u"dB", u"PhaseSyncGroup",
                                       u"File could not be created. Make sure there is no "
                                       u"write-protected file already existing."};
 
@@ -76,9 +77,21 @@ void LiteralKeyNoCase(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(read.CompareNoCase("PhaseSyncGroup"));
 }
 
-void LiteralKeyHash(benchmark::State& state) {
-    const MString key = "PhaseSyncGroup";
-    for (auto _ : state) benchmark::DoNotOptimize(key.Hash());
+void CopyLiteral(benchmark::State& state) {
+    const MString text = "PhaseSyncGroup";
+    for (auto _ : state) {
+        MString copy(text);
+        benchmark::DoNotOptimize(copy);
+    }
+}
+
+std::size_t HashOf(const MString& text) { return text.Hash(); }
+std::size_t HashOf(const std::u16string& text) { return std::hash<std::u16string>()(text); }
+
+template <typename String>
+void Hash(benchmark::State& state) {
+    const String text(kTexts[state.range(0)]);
+    for (auto _ : state) benchmark::DoNotOptimize(HashOf(text));
 }
 
 void FormatDecibels(benchmark::State& state) {
@@ -91,18 +104,20 @@ void FormatDecibels(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK_TEMPLATE(Copy, MString)->DenseRange(0, 1);
-BENCHMARK_TEMPLATE(Copy, std::u16string)->DenseRange(0, 1);
-BENCHMARK_TEMPLATE(AppendText, MString)->DenseRange(0, 1);
-BENCHMARK_TEMPLATE(AppendText, std::u16string)->DenseRange(0, 1);
+BENCHMARK_TEMPLATE(Copy, MString)->DenseRange(0, 2);
+BENCHMARK_TEMPLATE(Copy, std::u16string)->DenseRange(0, 2);
+BENCHMARK_TEMPLATE(AppendText, MString)->DenseRange(0, 2);
+BENCHMARK_TEMPLATE(AppendText, std::u16string)->DenseRange(0, 2);
 BENCHMARK_TEMPLATE(AppendUnits, MString);
 BENCHMARK_TEMPLATE(AppendUnits, std::u16string);
-BENCHMARK_TEMPLATE(CompareEqual, MString)->DenseRange(0, 1);
-BENCHMARK_TEMPLATE(CompareEqual, std::u16string)->DenseRange(0, 1);
-BENCHMARK_TEMPLATE(CompareOrder, MString)->DenseRange(0, 1);
-BENCHMARK_TEMPLATE(CompareOrder, std::u16string)->DenseRange(0, 1);
+BENCHMARK_TEMPLATE(CompareEqual, MString)->DenseRange(0, 2);
+BENCHMARK_TEMPLATE(CompareEqual, std::u16string)->DenseRange(0, 2);
+BENCHMARK_TEMPLATE(CompareOrder, MString)->DenseRange(0, 2);
+BENCHMARK_TEMPLATE(CompareOrder, std::u16string)->DenseRange(0, 2);
 BENCHMARK(LiteralKeyMString);
 BENCHMARK(LiteralKeyU16String);
 BENCHMARK(LiteralKeyNoCase);
-BENCHMARK(LiteralKeyHash);
+BENCHMARK(CopyLiteral);
+BENCHMARK_TEMPLATE(Hash, MString)->DenseRange(0, 2);
+BENCHMARK_TEMPLATE(Hash, std::u16string)->DenseRange(0, 2);
 BENCHMARK(FormatDecibels);

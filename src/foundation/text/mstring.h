@@ -136,7 +136,7 @@ public:
     std::uint32_t Hash() const;
 
     friend bool operator==(const MString& a, const MString& b) {
-        return a.length == b.length && a.Compare(b) == 0;
+        return a.length == b.length && a.HasSameUnits(b);
     }
     friend std::strong_ordering operator<=>(const MString& a, const MString& b) {
         return a.Compare(b) <=> 0;
@@ -196,6 +196,10 @@ private:
     // Calls visit with the two character arrays, each as const char* or const char16_t*.
     template <typename Visit>
     static auto VisitPair(const MString& a, const MString& b, Visit visit);
+    // How many of the first count units are equal up to the first difference.
+    template <typename A, typename B>
+    static std::int32_t CommonLength(const A* a, const B* b, std::int32_t count);
+    bool HasSameUnits(const MString& other) const;
     template <typename Fold>
     int CompareWith(const MString& other, std::int32_t maximum, Fold fold) const;
 
