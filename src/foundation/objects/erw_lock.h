@@ -2,10 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <thread>
 
-#include "foundation/objects/growing_buffer.h"
 #include "foundation/objects/synchronization_object.h"
+#include "foundation/objects/thread_local_index.h"
 
 // Lock with many readers or one writer, for whole trees of objects. Mode 0 reads, any other writes.
 //
@@ -15,10 +14,10 @@
 // the tree changed by those before it. Where its time runs out while another one writes over its
 // read, it waits for the end of that write before it gives up.
 //
-// Ranges   2^32 - 1 holds of each kind
+// Ranges   65,535 holds of each kind by a thread, 2^32 - 1 by all
 // Memory   a thread that is new to a lock may cost an allocation when it acquires
-// Method   the holds of each thread are kept in a table of the threads that hold or wait, which is
-//          searched from its start: it has a handful of entries
+// Errors   MException "Could not acquire emulated synchronization object." for a hold beyond the
+//          range, std::bad_alloc; nothing is held then
 
 class MERWLock : public MSynchronizationObject {
 protected:
@@ -30,21 +29,13 @@ protected:
     bool CanGiveUp(std::uint32_t mode) override;
 
 private:
-    struct Holds {
-        std::thread::id thread;
-        std::uint32_t reads;
-        std::uint32_t writes;
-    };
-
-    // The entry of this thread, one behind the last where it has none.
-    Holds* Find();
-    void DropIfEmpty(Holds* own);
+    std::uint32_t OwnReads() { return tlsIndex.Word() & 0xffff; }
+    std::uint32_t OwnWrites() { return tlsIndex.Word() >> 16; }
 
     // All under stateLock.
     std::uint32_t readers = 0;  // read holds of all threads
     std::uint32_t writers = 0;  // write holds of all threads
     std::uint32_t waitingWriters = 0;
     std::uint32_t waitingWritersReads = 0;  // read holds of the waiting writers
-    GrowingBuffer<Holds> holds;             // of each thread that holds or waits
-    int holdCount = 0;
+    MThreadLocalIndex tlsIndex;  // the thread's own holds: reads in the low 16 bits, writes above
 };

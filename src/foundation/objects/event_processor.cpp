@@ -8,7 +8,7 @@
 
 MEventProcessor::~MEventProcessor() {
     MLocker lock(EventLock());
-    while (!events.IsEmpty()) events.Front()->ClearQueue();
+    while (!events.IsEmpty()) events.Pull()->ClearQueue();
 }
 
 void MEventProcessor::Reserve(int count) {

@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <system_error>
+#include <utility>
 
 #include "foundation/objects/thread_priority.h"
 #include "foundation/objects/timed_wait.h"
@@ -69,10 +70,7 @@ private:
 };
 
 MThread::~MThread() {
-    {
-        MLocker lock(stateLock);
-        autoDelete = false;
-    }
+    TakeAutoDelete();
     Finish();
 }
 
@@ -90,7 +88,6 @@ void MThread::Start(Priority priority) {
 
 void MThread::Create() {
     const auto fresh = std::make_shared<Life>();
-    exitCode = kUnfinished;
     try {
         handle = std::thread([this, fresh] {
             fresh->Begin();
@@ -98,25 +95,14 @@ void MThread::Create() {
             fresh->End();
         });
     } catch (const std::system_error&) {
-        exitCode = kReaped;
         throw MException("Could not create system thread.");
     }
     life = fresh;
+    exitCode = kUnfinished;
 }
 
 void MThread::Work(const std::shared_ptr<Life>& own) {
-    if (!IsTerminating()) Perform(own);
-    bool last = false;
-    {
-        MLocker lock(stateLock);
-        last = autoDelete;
-    }
-    if (!last) return;
-    Forget(own);
-    delete this;
-}
-
-void MThread::Perform(const std::shared_ptr<Life>& own) {
+    if (IsTerminating()) return Publish(own, 0);
     std::int32_t code = kUnfinished;
     Completes([&] { code = Run(); });
     Publish(own, code);
@@ -126,7 +112,16 @@ void MThread::Perform(const std::shared_ptr<Life>& own) {
         onFinished.Post(*processor, {this, code});
         processor->Wake();
     });
-    if (!told) Publish(own, kUnfinished);
+    if (!told) return Publish(own, kUnfinished);
+    if (!TakeAutoDelete()) return;
+    Forget(own);
+    delete this;
+}
+
+// Whether the caller is to delete the object: one of its threads at most is.
+bool MThread::TakeAutoDelete() {
+    MLocker lock(stateLock);
+    return std::exchange(autoDelete, false);
 }
 
 // One that was reaped has no exit code any more.
@@ -169,10 +164,11 @@ bool MThread::IsTerminating() {
 bool MThread::Wait(std::uint32_t timeoutMilliseconds) {
     const std::shared_ptr<Life> awaited = CurrentLife();
     if (awaited == nullptr) return true;
-    if (unloading) timeoutMilliseconds = std::min(timeoutMilliseconds, kUnloadWaitMilliseconds);
+    const bool forced = unloading;
+    if (forced) timeoutMilliseconds = std::min(timeoutMilliseconds, kUnloadWaitMilliseconds);
     const bool ended = awaited->WaitForEnd(timeoutMilliseconds);
     Reap(awaited, ended);
-    return ended;
+    return ended || forced;
 }
 
 void MThread::Reap(const std::shared_ptr<Life>& awaited, bool ended) {

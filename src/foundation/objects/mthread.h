@@ -26,12 +26,14 @@
 // No thread outlives its object: the destructor asks it to end and waits without limit. A subclass
 // whose Run uses fields of its own calls Finish in its own destructor.
 //
-// An auto-deleting object belongs to its thread from a Start that returned on: it is deleted when
-// the thread ends, however it ends, and nobody else touches it. Its end-of-thread notification goes
-// with it where the processor is not quicker.
+// An auto-deleting object belongs to its thread from a Start that returned on: it is deleted as the
+// thread ends, and nobody else touches it. Its end-of-thread notification goes with it where the
+// processor is not quicker. Where the thread was asked to end before it ran, or OnFinished or the
+// posting behind it raised, the object stays, and is its owner's.
 //
 // While the module unloads a thread may be unable to end, and there is no safe way to force it:
-// Wait then waits for half a second at most and leaves the thread detached. Its object must stay.
+// Wait then waits for half a second at most, leaves the thread detached and answers true. The
+// object of such a thread must stay.
 //
 // Units    timeouts in milliseconds
 // Threads  any; Wait and Finish not from Run
@@ -45,7 +47,7 @@ public:
 
     struct PriorityRecord {
         const char* name;
-        int relative;  // steps of the system's scale: one is one nice value
+        int relative;  // to what is normal in the process, in nice values
     };
     static constexpr std::array<PriorityRecord, 7> kPriorities = {{{"Idle", -15},
                                                                    {"Lowest", -2},
@@ -55,8 +57,9 @@ public:
                                                                    {"Highest", 2},
                                                                    {"Critical", 15}}};
 
-    static constexpr std::int32_t kUnfinished = -1;  // exit code while it runs, or where Run raised
-    static constexpr std::int32_t kReaped = -2;      // exit code while there is no thread
+    // Exit code while it runs, or where Run or what comes behind it raised.
+    static constexpr std::int32_t kUnfinished = -1;
+    static constexpr std::int32_t kReaped = -2;  // exit code while there is no thread
 
     MThread() = default;
     MThread(const MThread&) = delete;
@@ -73,7 +76,8 @@ public:
     // the system refuses another one, the thread stands suspended until the next Start, or until it
     // is asked to end. A thread that ended but was not reaped stays as it is.
     void Start(Priority priority = Priority::Normal);
-    // A thread that is asked before it started never calls Run; Wait takes the wish back.
+    // A thread that is asked before it started ends with 0 and never calls Run; Wait takes the wish
+    // back.
     void RequestTerminate();
     bool IsTerminating();
     // Reaps the thread: afterwards there is none, whether it has ended or not. Whether it has; true
@@ -104,7 +108,7 @@ private:
 
     void Create();
     void Work(const std::shared_ptr<Life>& own);
-    void Perform(const std::shared_ptr<Life>& own);
+    bool TakeAutoDelete();
     void Publish(const std::shared_ptr<Life>& own, std::int32_t code);
     void Forget(const std::shared_ptr<Life>& own);
     void Reap(const std::shared_ptr<Life>& awaited, bool ended);

@@ -8,5 +8,6 @@
 // Of the calling thread; never 0.
 long CurrentSystemThread();
 
-// relative: -15 .. 15, 0 is normal. Whether the system accepted; it always accepts 0.
+// relative: -15 .. 15 on top of what is normal in this process. Whether the system accepted; it
+// always accepts 0.
 bool SetSystemThreadPriority(long thread, int relative);

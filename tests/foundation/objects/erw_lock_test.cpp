@@ -3,198 +3,154 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
-#include <chrono>
-#include <memory>
-#include <thread>
 #include <vector>
 
+#include "foundation/objects/elsewhere.h"
 #include "foundation/objects/random.h"
-#include "foundation/text/exception.h"
 
 namespace {
 
 constexpr std::uint32_t kRead = MSynchronizer::kRead;
 constexpr std::uint32_t kWrite = MSynchronizer::kWrite;
+constexpr const char* kRefused = "Could not acquire emulated synchronization object.";
 
-// Whether another thread gets it at this moment.
-bool FreeElsewhere(MERWLock& lock, std::uint32_t mode) {
-    bool free = false;
-    std::thread other([&] {
-        free = lock.Acquire(mode, 0) == 0;
-        if (free) lock.Release(mode);
-    });
-    other.join();
-    return free;
-}
-
-void ExpectFreeElsewhere(MERWLock& lock, bool toRead, bool toWrite) {
-    EXPECT_EQ(FreeElsewhere(lock, kRead), toRead);
-    EXPECT_EQ(FreeElsewhere(lock, kWrite), toWrite);
-}
-
-// The rule seen from outside: who writes and who reads at a moment, those left out that wait for
-// writing. The plain number shows the thread sanitizer what the lock orders.
-struct Model {
-    std::atomic<int> readingThreads = 0;
-    std::atomic<int> writingThreads = 0;
-    std::atomic<int> broken = 0;
-    int written = 0;
-
-    void Check(bool holds) {
-        if (!holds) ++broken;
+// A thread that acquires and releases when told to, and what it holds by the rules.
+struct Actor {
+    void Run(MERWLock& lock, MSemaphore& arrived) {
+        while (told.Acquire(kInfinite) == 0 && !stops) {
+            answer = releases ? lock.Release(mode) : lock.Acquire(mode, timeout);
+            done = true;
+            arrived.Release();
+        }
     }
+
+    MSemaphore told;
+    bool stops = false;
+    bool releases = false;
+    std::uint32_t mode = kRead;
+    std::uint32_t timeout = 0;
+    int answer = 0;
+    std::atomic<bool> done = false;
+
+    bool waits = false;
+    int holds[2] = {};  // by mode
 };
 
-// One thread's nested holds under random modes and timeouts.
-class Holder {
+// Drives a few threads in step and holds what the lock answers against the rules, which are told
+// here from the view of the thread that asks.
+class Play {
 public:
-    Holder(MERWLock& lock, Model& model, std::uint32_t seed) : lock(lock), model(model) {
-        random.seed = seed;
+    ~Play() {
+        for (Actor& actor : actors) actor.stops = true, actor.told.Release();
+        for (std::thread& thread : threads) thread.join();
     }
-    void Run(int steps) {
-        for (int i = 0; i < steps; ++i) Nest(1 + random.Next() % 4);
+    void Step(bool onlyReleases) {
+        Actor& actor = actors[random.Next() % actors.size()];
+        if (actor.waits) return;
+        constexpr std::uint32_t kTimeouts[] = {0, 1, kInfinite, kInfinite};
+        actor.mode = random.Next() % 3 == 0 ? kWrite : kRead;
+        actor.timeout = kTimeouts[random.Next() % 4];
+        actor.releases = onlyReleases || random.Next() % 2 == 0;
+        if (actor.releases && actor.holds[actor.mode] == 0) return;
+        actor.holds[actor.mode] -= actor.releases;
+        const bool granted = !actor.releases && MayEnter(actor);
+        actor.waits = !actor.releases && !granted && actor.timeout == kInfinite;
+        actor.done = false;
+        actor.told.Release();
+        if (!actor.waits) {
+            (void)arrived.Acquire(kInfinite);
+            ASSERT_EQ(actor.answer, actor.releases ? IsFree() : !granted);
+            actor.holds[actor.mode] += granted;
+        }
+        LetIn();
+    }
+    bool IsFree() const {
+        return std::all_of(actors.begin(), actors.end(), [](const Actor& each) {
+            return each.holds[kRead] + each.holds[kWrite] == 0;
+        });
     }
 
 private:
-    void Nest(int depth) {
-        constexpr std::uint32_t kTimeouts[] = {0, 1, kInfinite, kInfinite};
-        const std::uint32_t mode = random.Next() % 3 == 0 ? kWrite : kRead;
-        const std::uint32_t timeout = kTimeouts[random.Next() % 4];
-        const bool upgrades = mode == kWrite && reads > 0 && writes == 0;
-        if (upgrades) --model.readingThreads;
-        const bool got = lock.Acquire(mode, timeout) == 0;
-        model.Check(got || timeout != kInfinite);
-        // A thread with a hold reads without waiting.
-        model.Check(got || mode == kWrite || reads + writes == 0);
-        if (upgrades && !got) ++model.readingThreads;
-        if (got) Entered(mode);
-        Look();
-        if (depth > 1) Nest(depth - 1);
-        if (!got) return;
-        Look();
-        Leaving(mode);
-        lock.Release(mode);
+    bool MayEnter(const Actor& asking) const {
+        if (asking.holds[kWrite] > 0) return true;
+        if (asking.mode == kRead && asking.holds[kRead] > 0) return true;
+        return std::none_of(actors.begin(), actors.end(), [&](const Actor& other) {
+            const bool waitsToWrite = other.waits && other.mode == kWrite;
+            const bool reads = other.holds[kRead] > 0 && !waitsToWrite;
+            if (&other == &asking) return false;
+            return other.holds[kWrite] > 0 || (asking.mode == kRead ? waitsToWrite : reads);
+        });
     }
-    void Entered(std::uint32_t mode) {
-        if (mode == kWrite) {
-            if (writes++ == 0) ++model.writingThreads;
-        } else if (reads++ == 0 && writes == 0) {
-            ++model.readingThreads;
+    // Those who wait come in as long as the rules let anybody in, and nobody else does.
+    void LetIn() {
+        const auto mayCome = [&](const Actor& each) { return each.waits && MayEnter(each); };
+        while (std::any_of(actors.begin(), actors.end(), mayCome)) {
+            (void)arrived.Acquire(kInfinite);
+            const auto in = std::find_if(actors.begin(), actors.end(),
+                                         [](const Actor& each) { return each.waits && each.done; });
+            ASSERT_TRUE(in != actors.end() && mayCome(*in) && in->answer == 0);
+            in->waits = false;
+            ++in->holds[in->mode];
         }
-    }
-    // A thread that gives up writing and still reads goes on as a reader.
-    void Leaving(std::uint32_t mode) {
-        if (mode == kWrite) {
-            if (--writes > 0) return;
-            if (reads > 0) ++model.readingThreads;
-            --model.writingThreads;
-        } else if (--reads == 0 && writes == 0) {
-            --model.readingThreads;
-        }
-    }
-    void Look() {
-        if (writes > 0) {
-            model.Check(model.writingThreads == 1 && model.readingThreads == 0);
-            ++model.written;
-        } else if (reads > 0) {
-            model.Check(model.writingThreads == 0 && model.written >= 0);
-        }
+        ASSERT_EQ(arrived.Acquire(0), 1);
     }
 
-    MERWLock& lock;
-    Model& model;
-    MRandomSequence random;
-    int reads = 0;
-    int writes = 0;
+    MERWLock lock;
+    MSemaphore arrived;
+    std::array<Actor, 4> actors;
+    std::vector<std::thread> threads = [this] {
+        std::vector<std::thread> made;
+        for (Actor& actor : actors) made.emplace_back([&] { actor.Run(lock, arrived); });
+        return made;
+    }();
+    MRandomSequence random{7};
+};
+
+// What a lock guards: the two numbers differ only while somebody writes.
+struct Guarded {
+    void Nest(MRandomSequence& random, int depth) {
+        constexpr std::uint32_t kTimeouts[] = {0, 1, kInfinite};
+        const std::uint32_t mode = random.Next() % 3 == 0 ? kWrite : kRead;
+        const std::string refusal = Raised([&] {
+            MSynchronizer hold(&lock, mode, kTimeouts[random.Next() % 3]);
+            EXPECT_EQ(first, second);
+            if (mode == kWrite) ++first, std::this_thread::yield(), ++second;
+            if (depth > 0) Nest(random, depth - 1);
+            EXPECT_EQ(first, second);
+        });
+        EXPECT_TRUE(refusal.empty() || refusal == kRefused);
+    }
+    MERWLock lock;
+    int first = 0;
+    int second = 0;
 };
 
 }  // namespace
 
-TEST(ERWLock, IsFreeAfterTheLastRelease) {
-    MERWLock lock;
-    const std::uint32_t modes[] = {kRead, kRead, kWrite, kRead, kWrite};
-    for (const std::uint32_t mode : modes) ASSERT_EQ(lock.Acquire(mode, 0), 0);
-    ExpectFreeElsewhere(lock, false, false);
-    EXPECT_FALSE(lock.Release(kWrite));
-    ExpectFreeElsewhere(lock, false, false);
-    EXPECT_FALSE(lock.Release(kWrite));
-    ExpectFreeElsewhere(lock, true, false);
-    EXPECT_FALSE(lock.Release(kRead));
-    EXPECT_FALSE(lock.Release(kRead));
-    EXPECT_TRUE(lock.Release(kRead));
-    ExpectFreeElsewhere(lock, true, true);
+TEST(ERWLock, ThreadsInStepGetWhatTheRulesSay) {
+    Play play;
+    for (int i = 0; (i < 4000 || !play.IsFree()) && !HasFatalFailure(); ++i) play.Step(i >= 4000);
 }
 
-TEST(ERWLock, AWaitingWriterBlocksNewReadersOnly) {
-    MERWLock lock;
-    auto reading = std::make_unique<MSynchronizer>(&lock, kRead);
-    std::atomic<bool> written = false;
-    std::thread writer([&] {
-        MSynchronizer writing(&lock, kWrite);
-        written = true;
+TEST(ERWLock, NobodyReadsWhileAnotherWrites) {
+    Guarded guarded;
+    OnThreads(4, [&](int t) {
+        MRandomSequence random{static_cast<std::uint32_t>(t)};
+        for (int i = 0; i < 500; ++i) guarded.Nest(random, random.Next() % 4);
     });
-    while (FreeElsewhere(lock, kRead)) std::this_thread::yield();
-    {
-        MSynchronizer again(&lock, kRead, 0);
-        MSynchronizer upgraded(&lock, kWrite, 0);  // the only reader
-        EXPECT_FALSE(written);
-    }
-    reading.reset();
-    writer.join();
-    ExpectFreeElsewhere(lock, true, true);
-}
-
-TEST(ERWLock, AnUpgradeGivesUpOnlyWhenNobodyWritesOverItsRead) {
-    MERWLock lock;
-    std::atomic<bool> reads = false;
-    std::atomic<bool> writing = false;
-    std::thread other([&] {
-        MSynchronizer reading(&lock, kRead);
-        reads = true;
-        const bool got = lock.Acquire(kWrite, 20) == 0;
-        EXPECT_FALSE(writing);
-        if (got) lock.Release(kWrite);
-    });
-    while (!reads) std::this_thread::yield();
-    {
-        MSynchronizer reading(&lock, kRead);
-        MSynchronizer upgraded(&lock, kWrite);
-        writing = true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(60));
-        writing = false;
-    }
-    other.join();
-    ExpectFreeElsewhere(lock, true, true);
-}
-
-TEST(ERWLock, RandomThreadsKeepTheModelsRules) {
-    MERWLock lock;
-    Model model;
-    std::vector<std::thread> threads;
-    for (std::uint32_t seed = 1; seed <= 5; ++seed)
-        threads.emplace_back([&lock, &model, seed] { Holder(lock, model, seed).Run(1500); });
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(model.broken, 0);
-    EXPECT_GT(model.written, 0);
-    ExpectFreeElsewhere(lock, true, true);
-}
-
-TEST(Synchronizer, RaisesWhenRefusedAndLeavesNoTrace) {
-    MERWLock lock;
-    {
-        MSynchronizer reading(&lock, MSynchronizer::kNoYield | kRead);
-        std::thread other([&lock] {
-            try {
-                MSynchronizer writing(&lock, kWrite, 5);
-                ADD_FAILURE();
-            } catch (const MException& error) {
-                EXPECT_STREQ(error.what(), "Could not acquire emulated synchronization object.");
-            }
-        });
-        other.join();
-        ExpectFreeElsewhere(lock, true, false);
-    }
-    ExpectFreeElsewhere(lock, true, true);
+    EXPECT_GT(guarded.first, 0);
     MSynchronizer none(nullptr, kWrite);
+    MSynchronizer free(&guarded.lock, kWrite | MSynchronizer::kNoYield, 0);
+}
+
+TEST(ERWLock, RefusesMoreHoldsThanAThreadsWordCounts) {
+    MERWLock lock;
+    for (const std::uint32_t mode : {kRead, kWrite}) {
+        for (int i = 0; i < 65535; ++i) ASSERT_EQ(lock.Acquire(mode, kInfinite), 0);
+        EXPECT_EQ(Raised([&] { (void)lock.Acquire(mode, kInfinite); }), kRefused);
+    }
+    for (int i = 0; i < 2 * 65535; ++i) ASSERT_EQ(lock.Release(i % 2), i == 2 * 65535 - 1);
 }
