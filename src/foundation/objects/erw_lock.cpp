@@ -21,8 +21,9 @@ void MERWLock::BeginWait(std::uint32_t mode) {
 }
 
 bool MERWLock::CanAcquire(std::uint32_t mode) {
-    if (OwnWrites() > 0) return true;
-    if (mode == 0) return OwnReads() > 0 || (writers == 0 && waitingWriters == 0);
+    const bool holds = tlsIndex.Word() != 0;
+    if (holds && (mode == 0 || OwnWrites() > 0)) return true;
+    if (mode == 0) return writers == 0 && waitingWriters == 0;
     return writers == 0 && readers == waitingWritersReads;
 }
 

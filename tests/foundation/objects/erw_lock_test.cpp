@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <vector>
+#include <chrono>
 
 #include "foundation/objects/elsewhere.h"
 #include "foundation/objects/random.h"
@@ -19,17 +19,14 @@ constexpr const char* kRefused = "Could not acquire emulated synchronization obj
 
 // A thread that acquires and releases when told to, and what it holds by the rules.
 struct Actor {
-    void Run(MERWLock& lock, MSemaphore& arrived) {
-        while (told.Acquire(kInfinite) == 0 && !stops) {
-            answer = releases ? lock.Release(mode) : lock.Acquire(mode, timeout);
-            done = true;
-            arrived.Release();
-        }
+    ~Actor() {
+        task = Stops;
+        told.Release();
+        thread.join();
     }
-
+    std::thread thread;
     MSemaphore told;
-    bool stops = false;
-    bool releases = false;
+    enum { Acquires, Releases, Stops } task = Acquires;
     std::uint32_t mode = kRead;
     std::uint32_t timeout = 0;
     int answer = 0;
@@ -41,39 +38,43 @@ struct Actor {
 
 // Drives a few threads in step and holds what the lock answers against the rules, which are told
 // here from the view of the thread that asks.
-class Play {
-public:
-    ~Play() {
-        for (Actor& actor : actors) actor.stops = true, actor.told.Release();
-        for (std::thread& thread : threads) thread.join();
+struct Play {
+    Play() {
+        for (Actor& actor : actors) actor.thread = std::thread([&] { Act(actor); });
+    }
+    void Act(Actor& actor) {
+        while (actor.told.Acquire(kInfinite) == 0 && actor.task != Actor::Stops) {
+            actor.answer = actor.task == Actor::Releases ? lock.Release(actor.mode)
+                                                         : lock.Acquire(actor.mode, actor.timeout);
+            actor.done = true;
+            arrived.Release();
+        }
     }
     void Step(bool onlyReleases) {
         Actor& actor = actors[random.Next() % actors.size()];
         if (actor.waits) return;
-        constexpr std::uint32_t kTimeouts[] = {0, 1, kInfinite, kInfinite};
         actor.mode = random.Next() % 3 == 0 ? kWrite : kRead;
-        actor.timeout = kTimeouts[random.Next() % 4];
-        actor.releases = onlyReleases || random.Next() % 2 == 0;
-        if (actor.releases && actor.holds[actor.mode] == 0) return;
-        actor.holds[actor.mode] -= actor.releases;
-        const bool granted = !actor.releases && MayEnter(actor);
-        actor.waits = !actor.releases && !granted && actor.timeout == kInfinite;
+        actor.timeout = random.Next() % 2 == 0 ? kInfinite : 1;
+        const bool releases = onlyReleases || random.Next() % 2 == 0;
+        if (releases && actor.holds[actor.mode] == 0) return;
+        actor.task = releases ? Actor::Releases : Actor::Acquires;
+        actor.holds[actor.mode] -= releases;
+        const bool granted = !releases && MayEnter(actor);
+        actor.waits = !releases && !granted && actor.timeout == kInfinite;
         actor.done = false;
         actor.told.Release();
         if (!actor.waits) {
             (void)arrived.Acquire(kInfinite);
-            ASSERT_EQ(actor.answer, actor.releases ? IsFree() : !granted);
+            ASSERT_EQ(actor.answer, releases ? IsFree() : !granted);
             actor.holds[actor.mode] += granted;
         }
         LetIn();
     }
     bool IsFree() const {
-        return std::all_of(actors.begin(), actors.end(), [](const Actor& each) {
-            return each.holds[kRead] + each.holds[kWrite] == 0;
-        });
+        const auto holds = [](const Actor& each) { return each.holds[0] + each.holds[1] > 0; };
+        return std::none_of(actors.begin(), actors.end(), holds);
     }
 
-private:
     bool MayEnter(const Actor& asking) const {
         if (asking.holds[kWrite] > 0) return true;
         if (asking.mode == kRead && asking.holds[kRead] > 0) return true;
@@ -89,8 +90,8 @@ private:
         const auto mayCome = [&](const Actor& each) { return each.waits && MayEnter(each); };
         while (std::any_of(actors.begin(), actors.end(), mayCome)) {
             (void)arrived.Acquire(kInfinite);
-            const auto in = std::find_if(actors.begin(), actors.end(),
-                                         [](const Actor& each) { return each.waits && each.done; });
+            const auto came = [](const Actor& each) { return each.waits && each.done; };
+            const auto in = std::find_if(actors.begin(), actors.end(), came);
             ASSERT_TRUE(in != actors.end() && mayCome(*in) && in->answer == 0);
             in->waits = false;
             ++in->holds[in->mode];
@@ -101,31 +102,7 @@ private:
     MERWLock lock;
     MSemaphore arrived;
     std::array<Actor, 4> actors;
-    std::vector<std::thread> threads = [this] {
-        std::vector<std::thread> made;
-        for (Actor& actor : actors) made.emplace_back([&] { actor.Run(lock, arrived); });
-        return made;
-    }();
     MRandomSequence random{7};
-};
-
-// What a lock guards: the two numbers differ only while somebody writes.
-struct Guarded {
-    void Nest(MRandomSequence& random, int depth) {
-        constexpr std::uint32_t kTimeouts[] = {0, 1, kInfinite};
-        const std::uint32_t mode = random.Next() % 3 == 0 ? kWrite : kRead;
-        const std::string refusal = Raised([&] {
-            MSynchronizer hold(&lock, mode, kTimeouts[random.Next() % 3]);
-            EXPECT_EQ(first, second);
-            if (mode == kWrite) ++first, std::this_thread::yield(), ++second;
-            if (depth > 0) Nest(random, depth - 1);
-            EXPECT_EQ(first, second);
-        });
-        EXPECT_TRUE(refusal.empty() || refusal == kRefused);
-    }
-    MERWLock lock;
-    int first = 0;
-    int second = 0;
 };
 
 }  // namespace
@@ -136,14 +113,26 @@ TEST(ERWLock, ThreadsInStepGetWhatTheRulesSay) {
 }
 
 TEST(ERWLock, NobodyReadsWhileAnotherWrites) {
-    Guarded guarded;
+    MERWLock lock;
+    int numbers[2] = {};  // differ only while somebody writes
     OnThreads(4, [&](int t) {
         MRandomSequence random{static_cast<std::uint32_t>(t)};
-        for (int i = 0; i < 500; ++i) guarded.Nest(random, random.Next() % 4);
+        const auto nest = [&](const auto& self, int depth) -> void {
+            const std::uint32_t mode = random.Next() % 3 == 0 ? kWrite : kRead;
+            MSynchronizer hold(&lock, mode, random.Next() % 2 == 0 ? kInfinite : 1);
+            EXPECT_EQ(numbers[0], numbers[1]);
+            if (mode == kWrite) ++numbers[0];
+            std::this_thread::sleep_for(std::chrono::milliseconds(random.Next() % 8 == 0 ? 2 : 0));
+            if (mode == kWrite) ++numbers[1];
+            if (depth == 0) return;
+            const std::string refusal = Raised([&] { self(self, depth - 1); });
+            EXPECT_TRUE(refusal.empty() || refusal == kRefused);
+            EXPECT_EQ(numbers[0], numbers[1]);
+        };
+        for (int i = 0; i < 300; ++i) Raised([&] { nest(nest, 3); });
     });
-    EXPECT_GT(guarded.first, 0);
     MSynchronizer none(nullptr, kWrite);
-    MSynchronizer free(&guarded.lock, kWrite | MSynchronizer::kNoYield, 0);
+    MSynchronizer free(&lock, kWrite | MSynchronizer::kNoYield, 0);
 }
 
 TEST(ERWLock, RefusesMoreHoldsThanAThreadsWordCounts) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <future>
 #include <memory>
 #include <stdexcept>
 
@@ -17,21 +18,13 @@ namespace {
 
 struct Worker : MThread {
     explicit Worker(std::function<std::int32_t(Worker&)> body) : body(std::move(body)) {}
-    ~Worker() override {
-        Finish();
-        atEnd();
-    }
+    ~Worker() override { Finish(); }
     std::int32_t Run() override { return body(*this); }
     void OnFinished() override { finishing(); }
-    // Until it is asked to end.
-    std::int32_t Idle() {
-        while (!IsTerminating()) (void)wakeSemaphore.Acquire(kInfinite);
-        return 3;
-    }
+    using MThread::wakeSemaphore;
 
     std::function<std::int32_t(Worker&)> body;
     std::function<void()> finishing = [] {};
-    std::function<void()> atEnd = [] {};
 };
 
 struct Listener : MEventTarget, MEventProcessor {
@@ -43,73 +36,61 @@ struct Listener : MEventTarget, MEventProcessor {
 
 int NiceValue() { return getpriority(PRIO_PROCESS, static_cast<id_t>(CurrentSystemThread())); }
 
-std::string StartRaises(Worker& worker, MThread::Priority priority) {
-    return Raised([&] { worker.Start(priority); });
-}
-
-// Ends with 0 where a user without rights is refused a priority, and then a thread.
+// Ends with 0 where a user without rights is refused a priority, given another, and at last refused
+// a thread.
 [[noreturn]] void StartAsNobody() {
-    constexpr auto kNoPriority = "Could not set thread priority.";
-    constexpr auto kNoThread = "Could not create system thread.";
     constexpr rlimit kNone{};
     bool good = setuid(65534) == 0 || geteuid() != 0;
     setrlimit(RLIMIT_NICE, &kNone);
-    int runs = 0;
+    const int normal = NiceValue();
+    int nice = -1;
     {
-        Worker resumed([&](Worker&) { return ++runs; });
-        Worker suspended([&](Worker&) { return ++runs; });
-        good &= StartRaises(resumed, MThread::Priority::Critical) == kNoPriority;
-        good &= StartRaises(suspended, MThread::Priority::High) == kNoPriority;
-        resumed.Start(MThread::Priority::Normal);
-        good &= resumed.Wait(kInfinite);
+        Worker resumed([&](Worker&) { return nice = NiceValue(); });
+        Worker suspended([&](Worker&) { return nice = -1; });
+        for (Worker* worker : {&resumed, &suspended})
+            good &= Raised([&] { worker->Start(MThread::Priority::High); }) ==
+                    "Could not set thread priority.";
+        resumed.Start(MThread::Priority::Lowest);
+        good &= resumed.Wait(kInfinite) && NiceValue() == normal;
         setrlimit(RLIMIT_NPROC, &kNone);
-        good &= StartRaises(resumed, MThread::Priority::Normal) == kNoThread && resumed.Wait(0);
+        good &= Raised([&] { resumed.Start(); }) == "Could not create system thread.";
     }
-    std::_Exit(good && runs == 1 ? 0 : 1);
+    std::_Exit(good && nice == std::min(normal + 2, 19) ? 0 : 1);
 }
 
 }  // namespace
 
 TEST(Thread, RunsTellsItsEndAndStartsAgain) {
     const auto raise = []() -> std::int32_t { throw std::runtime_error("x"); };
-    for (const std::string how : {"runs", "raises", "raises at the end"}) {
-        SCOPED_TRACE(how);
+    for (const std::int32_t code : {40, -1, 0}) {  // runs, raises, raises behind Run
         Listener listener;
-        Worker worker(
-            [&](Worker& self) { return how == "raises" ? raise() : 41 + self.ExitCode(); });
-        if (how == "raises at the end") worker.finishing = raise;
+        Worker worker([&](Worker& self) { return code < 0 ? raise() : self.ExitCode() + 41; });
+        if (code == 0) worker.finishing = raise;
         worker.SetProcessor(&listener);
         worker.onFinished.Connect<&Listener::OnEnd>(&listener);
         EXPECT_TRUE(worker.Wait(kInfinite));
         for (int run = 0; run < 2; ++run) {
             worker.Start();
-            const bool told = how != "raises at the end";
-            EXPECT_TRUE(!told || listener.woken.Acquire(kInfinite) == 0);
+            EXPECT_TRUE(code == 0 || listener.woken.Acquire(kInfinite) == 0);
             worker.Start();  // there already
             EXPECT_TRUE(worker.Wait(kInfinite));
             EXPECT_EQ(worker.ExitCode(), -2);
             listener.Process();
-            EXPECT_EQ(listener.seen.thread, told ? &worker : nullptr);
-            EXPECT_EQ(listener.seen.exitCode, !told ? 0 : how == "runs" ? 40 : -1);
-            listener.seen = {};
+            EXPECT_EQ(listener.seen.thread, code == 0 ? nullptr : &worker);
+            EXPECT_EQ(std::exchange(listener.seen, {}).exitCode, code);
         }
     }
-}
-
-TEST(Thread, ToldToEndBeforeItStartsNeverRuns) {
-    Worker worker([](Worker& self) { return ADD_FAILURE(), self.Idle(); });
-    worker.SetAutoDelete(true);  // the object stays, as nothing ran
-    worker.RequestTerminate();
-    worker.Start();
-    EXPECT_TRUE(worker.Wait(kInfinite));
-    EXPECT_FALSE(worker.IsTerminating());
 }
 
 TEST(Thread, OutlivesNeitherItsObjectNorAWaitThatGaveUp) {
     std::atomic<int> ended = 0;
     MSemaphore begun;
     {
-        Worker worker([&](Worker& self) { return begun.Release(), self.Idle(), ++ended; });
+        Worker worker([&](Worker& self) {
+            begun.Release();
+            while (!self.IsTerminating()) (void)self.wakeSemaphore.Acquire(kInfinite);
+            return ++ended;
+        });
         for (const bool unloading : {false, true}) {
             worker.Start();
             EXPECT_EQ(begun.Acquire(kInfinite), 0);
@@ -120,39 +101,28 @@ TEST(Thread, OutlivesNeitherItsObjectNorAWaitThatGaveUp) {
         MThread::SetUnloading(false);
         worker.Start();
         EXPECT_EQ(begun.Acquire(kInfinite), 0);
-        EXPECT_EQ(ended, 0);
     }
     EXPECT_EQ(ended, 3);
 }
 
-TEST(Thread, AnAutoDeletingObjectDiesOnceWithAllItsThreads) {
-    MSemaphore gone;
+TEST(Thread, AnAutoDeletingObjectDiesOnceWithAllThatRan) {
+    auto kept = std::make_shared<std::promise<void>>();  // by the object alone
+    const std::future<void> gone = kept->get_future();
     MSemaphore release;
-    auto* worker = new Worker([&](Worker&) { return release.Acquire(kInfinite); });
-    worker->atEnd = [&] { gone.Release(); };
+    auto* worker =
+        new Worker([&, kept = std::move(kept)](Worker&) { return release.Acquire(kInfinite); });
     worker->SetAutoDelete(true);
+    worker->RequestTerminate();
+    worker->Start();
+    EXPECT_TRUE(worker->Wait(kInfinite));  // it never ran, and the object stays
     worker->Start();
     EXPECT_FALSE(worker->Wait(1));
     worker->Start();
     for (int i = 0; i < 2; ++i) release.Release();
-    EXPECT_EQ(gone.Acquire(kInfinite), 0);
+    gone.wait();
 }
 
-TEST(Thread, PriorityIsTheNiceValueOfTheThreadAlone) {
-    const int normal = NiceValue();
-    int nice = 0;
-    Worker worker([&](Worker&) { return nice = NiceValue(); });
-    for (const auto& [priority, relative] : {std::pair{MThread::Priority::Idle, -15},
-                                             {MThread::Priority::Low, -1},
-                                             {MThread::Priority::Normal, 0}}) {
-        worker.Start(priority);
-        EXPECT_TRUE(worker.Wait(kInfinite));
-        EXPECT_EQ(nice, std::min(normal - relative, 19));
-    }
-    EXPECT_EQ(NiceValue(), normal);
-}
-
-TEST(Thread, RefusalsOfTheSystemAreTold) {
+TEST(Thread, PrioritiesAreNiceValuesAndRefusalsAreTold) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(StartAsNobody(), testing::ExitedWithCode(0), "");
 }
