@@ -21,16 +21,16 @@ TEST(Utf8, WellFormedTextSurvivesBothWays) {
 
 TEST(Utf8, MalformedBytesAreLeftOutAndTheRestIsKept) {
     constexpr Case kCases[] = {
-        {{"a\0z", 3}, u"a"},              // NUL ends
-        {{"a\xe2\x82\0z", 5}, u"a"},      // also inside a sequence
-        {"a\xef\xbb\xbfz", u"az"},        // byte-order mark
-        {"a\x80\xbfz", u"az"},            // continuations without a lead byte
-        {"a\xf8\x80z\xffz", u"azz"},      // 11111xxx
-        {"a\xe2\xff\x82z", u"az"},        // also inside a sequence
-        {"a\xe2\x82z", u"az"},            // cut short by a letter
-        {"\xe2\x82\xc3\xa9", u"\u00e9"},  // by a lead byte
-        {"a\xf0\x9f\x8e", u"a"},          // by the end
-        {"a\xf4\x90\x80\x80z", u"az"},    // U+110000
+        {{"a\0z", 3}, u"a"},                      // NUL ends
+        {{"a\xe2\x82\0z", 5}, u"a"},              // also inside a sequence
+        {"a\xef\xbb\xbfz", u"az"},                // byte-order mark
+        {"a\x80\xbfz", u"az"},                    // continuations without a lead byte
+        {"a\xf8\x80\x80\x81\x81z\xffz", u"azz"},  // 11111xxx
+        {"a\xe2\xff\x82z", u"az"},                // also inside a sequence
+        {"a\xe2\x82z", u"az"},                    // cut short by a letter
+        {"\xe2\x82\xc3\xa9", u"\u00e9"},          // by a lead byte
+        {"a\xf0\x9f\x8e", u"a"},                  // by the end
+        {"a\xf4\x90\x80\x80z", u"az"},            // U+110000
     };
     for (const auto& [bytes, text] : kCases)
         EXPECT_EQ(MString::FromUtf8(bytes), text) << testing::PrintToString(bytes);
