@@ -130,14 +130,14 @@ TEST(Event, ThreadsPostWithoutMemoryWhileEventsAndTargetsDie) {
     std::deque<NoteEvent> dying(kCount);
     for (int i = 0; i < kCount; ++i) dying[i].Connect<&Counter::OnNote>(&targets[i]);
     OnThreads(4, [&](int t) {
-        AllocationTrap trap("Post and Process");
+        AllocationTrap trap("Post within the reserve");
         for (int i = 0; i < kCount; ++i) {
             if (t == 0) lasting.Post(processor, {nullptr, i});
             if (t == 1) processor.Process();
             if (t == 2) NoteEvent().Post(processor, {nullptr, i}), dying.pop_front();
             if (t == 3) targets.pop_front();
         }
-        if (t > 1) trap.Forgive();
+        if (t > 0) trap.Forgive();
     });
     processor.Process();
     EXPECT_EQ(counter.count, kCount);
