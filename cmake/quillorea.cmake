@@ -70,3 +70,12 @@ function(quillorea_fuzz name)
     add_test(NAME ${name} COMMAND ${name} -runs=0 ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name})
   endif()
 endfunction()
+
+# quillorea_archive(VARIABLE LIBRARY PACKAGE)
+# The static library of a package, which goes into the shared library as a private copy.
+function(quillorea_archive variable library package)
+  find_library(${variable} ${CMAKE_STATIC_LIBRARY_PREFIX}${library}${CMAKE_STATIC_LIBRARY_SUFFIX})
+  if(NOT ${variable})
+    message(FATAL_ERROR "lib${library} is missing: install ${package} (./dev setup does it)")
+  endif()
+endfunction()

@@ -10,6 +10,7 @@
 #include <new>
 #include <utility>
 
+#include "foundation/streams/read_line_inl.h"
 #include "foundation/text/exception.h"
 
 namespace {
@@ -137,23 +138,17 @@ std::int32_t MMemoryStream::Read(void* buffer, std::int32_t count) {
 }
 
 int MMemoryStream::ReadLine(char* buffer, std::int32_t bufferSize) {
-    buffer[0] = '\0';
-    if (IsEnd()) return 2;
-    if (bufferSize <= 1) return 1;
-    std::int32_t count = 0;
-    const std::uint8_t* const data = GetData();
-    int result = 1;
-    while (result == 1 && count + 1 < bufferSize && position < size) {
-        const char byte = static_cast<char>(data[position++]);
-        if (byte == '\0' || byte == '\n') {
-            result = 0;
-        } else if (byte != '\r') {
-            buffer[count++] = byte;
-        }
+    if (IsEnd()) {
+        buffer[0] = '\0';
+        return 2;
     }
-    buffer[count] = '\0';
-    const bool endsShort = position >= size && count > 0 && count + 1 < bufferSize;
-    return endsShort ? 0 : result;
+    const std::uint8_t* const data = GetData();
+    const auto next = [&](char& byte) {
+        if (position >= size) return false;
+        byte = static_cast<char>(data[position++]);
+        return true;
+    };
+    return ReadLineFrom(next, buffer, bufferSize);
 }
 
 void MMemoryStream::Seek(std::int64_t offset, int origin) {

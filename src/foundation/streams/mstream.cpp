@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "foundation/streams/read_line_inl.h"
 #include "foundation/text/exception.h"
 #include "foundation/text/string_formatter.h"
 
@@ -42,22 +43,7 @@ void MStream::WriteFill(std::int64_t count) {
 std::int32_t MStream::Read(void*, std::int32_t) { RaiseUnsupportedService("read from stream"); }
 
 int MStream::ReadLine(char* buffer, std::int32_t size) {
-    std::int32_t count = 0;
-    int result = 1;
-    while (count + 1 < size) {
-        char byte = 0;
-        if (Read(&byte, 1) == 0) {
-            result = count > 0 ? 0 : 1;
-            break;
-        }
-        if (byte == '\0' || byte == '\n') {
-            result = 0;
-            break;
-        }
-        if (byte != '\r') buffer[count++] = byte;
-    }
-    buffer[count] = '\0';
-    return result;
+    return ReadLineFrom([this](char& byte) { return Read(&byte, 1) > 0; }, buffer, size);
 }
 
 void MStream::WriteString(const MString& text) { WriteBytes(*this, text.ToUtf8()); }

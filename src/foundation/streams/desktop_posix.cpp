@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <sstream>
+
+#include "foundation/streams/desktop.h"
+
+namespace {
+
+constexpr const char* kOpener = "xdg-open";
+constexpr int kReportDescriptor = 3;  // the first behind the standard ones
+
+bool IsProgram(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           access(path.c_str(), X_OK) == 0;
+}
+
+// Empty where no folder of PATH has it. An own search: execvp would hand a file of unknown format
+// to the shell.
+std::string FindProgram(const std::string& name) {
+    const char* const folders = std::getenv("PATH");  // NOLINT(concurrency-mt-unsafe)
+    std::istringstream list(folders != nullptr ? folders : "/usr/local/bin:/usr/bin:/bin");
+    for (std::string folder; std::getline(list, folder, ':');) {
+        const std::string path = folder + '/' + name;
+        if (!folder.empty() && IsProgram(path)) return path;
+    }
+    return {};
+}
+
+// Everything from here to the exec is done between fork and exec: no allocation, no lock.
+void DetachFromProcess() {
+    setsid();
+    struct sigaction standard = {};
+    standard.sa_handler = SIG_DFL;
+    for (int signal = 1; signal < NSIG; ++signal) sigaction(signal, &standard, nullptr);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    const int nowhere = open("/dev/null", O_RDWR);
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) dup2(nowhere, descriptor);
+}
+
+[[noreturn]] void BecomeProgram(const char* const* arguments, int report) {
+    // Away from the numbers that are about to be taken.
+    report = fcntl(report, F_DUPFD, kReportDescriptor + 1);
+    DetachFromProcess();
+    dup2(report, kReportDescriptor);
+    fcntl(kReportDescriptor, F_SETFD, FD_CLOEXEC);
+    closefrom(kReportDescriptor + 1);
+    execv(arguments[0], const_cast<char* const*>(arguments));
+    const int error = errno;
+    [[maybe_unused]] const ssize_t told = write(kReportDescriptor, &error, sizeof error);
+    _exit(127);
+}
+
+// The program becomes a grandchild, so that nobody has to wait for its end.
+void WaitForChild(pid_t child) {
+    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}
+
+// Whether the other side was closed by a successful exec, without an error number.
+bool WasStarted(int report) {
+    int error = 0;
+    ssize_t count = 0;
+    do count = read(report, &error, sizeof error);
+    while (count < 0 && errno == EINTR);
+    return count == 0;
+}
+
+bool Start(const char* const* arguments) {
+    int report[2];
+    if (pipe2(report, O_CLOEXEC) != 0) return false;
+    const pid_t child = fork();
+    if (child == 0) {
+        const pid_t grandchild = fork();
+        if (grandchild == 0) BecomeProgram(arguments, report[1]);
+        const int error = errno;
+        if (grandchild < 0) {
+            [[maybe_unused]] const ssize_t told = write(report[1], &error, sizeof error);
+        }
+        _exit(0);
+    }
+    close(report[1]);
+    if (child > 0) WaitForChild(child);
+    const bool started = child > 0 && WasStarted(report[0]);
+    close(report[0]);
+    return started;
+}
+
+}  // namespace
+
+bool OpenWithDesktop(const std::string& target) {
+    const std::string opener = FindProgram(kOpener);
+    if (opener.empty()) return false;
+    const char* const arguments[] = {opener.c_str(), target.c_str(), nullptr};
+    return Start(arguments);
+}
+
+bool RunProgram(const std::string& path) {
+    if (!IsProgram(path)) return false;
+    const char* const arguments[] = {path.c_str(), nullptr};
+    return Start(arguments);
+}

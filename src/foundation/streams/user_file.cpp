@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "foundation/streams/user_file.h"
+
+#include <atomic>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "foundation/streams/file_calls.h"
+#include "foundation/streams/mfile.h"
+#include "foundation/streams/std_file_stream.h"
+#include "foundation/text/exception.h"
+#include "foundation/text/string_formatter.h"
+
+namespace {
+
+// Where a link leads; the path itself where it is none.
+MString FollowLink(const MString& path) {
+    namespace fs = std::filesystem;
+    const std::string bytes = path.ToUtf8();
+    std::error_code error;
+    const fs::path target = fs::canonical(std::u8string(bytes.begin(), bytes.end()), error);
+    if (error) return path;
+    const std::u8string name = target.u8string();
+    return MString::FromUtf8(std::string(name.begin(), name.end()));
+}
+
+MString FolderOf(const MString& path) {
+    for (std::int32_t i = path.Length(); i > 0; --i) {
+        if (path[i - 1] == u'/') return path.SubString(0, i);
+    }
+    return MString();
+}
+
+// The new content beside the old one, under a name of its own until it is kept. It goes again where
+// it is not.
+class TemporaryFile : public MStdFileStream {
+public:
+    TemporaryFile(const MString& path, const MString& shownName) : path(path) {
+        std::FILE* const file = Create();
+        if (file == nullptr)
+            throw MException(
+                MStringFormatter("File \"{0}\" could not be created. Make sure there is no "
+                                 "write-protected file already existing.")
+                << shownName);
+        CopyPermissions(path, file);
+        Attach(nullptr, file, shownName, Ownership::Owned);
+    }
+    ~TemporaryFile() override {
+        if (temporary.IsEmpty()) return;
+        Quietly([this] { Close(); });
+        Quietly([this] { MFile::Delete(temporary); });
+    }
+
+    void Keep() {
+        Flush();
+        if (!SyncFile(GetWriter())) RaiseWritingFailed();
+        Close();
+        MFile::Rename(temporary, path);
+        temporary = MString();
+        SyncDirectory(FolderOf(path));
+    }
+
+private:
+    // What is given up has no error of its own.
+    template <typename Action>
+    static void Quietly(Action action) noexcept {
+        try {
+            action();
+        } catch (const MException&) {
+        }
+    }
+
+    // Names that a crash left behind are passed over.
+    std::FILE* Create() {
+        static std::atomic<std::uint32_t> counter = 0;
+        constexpr int kAttempts = 100;
+        if (!IsWritable(path)) return nullptr;
+        std::FILE* file = nullptr;
+        for (int i = 0; file == nullptr && i < kAttempts; ++i) {
+            temporary = MStringFormatter("{0}.{1}-{2}.tmp")
+                        << path << ProcessNumber() << counter.fetch_add(1);
+            file = OpenFile(temporary, FileMode::Exclusive);
+        }
+        return file;
+    }
+
+    const MString path;
+    MString temporary;
+};
+
+}  // namespace
+
+void WriteUserFile(const MString& path, const std::function<void(MStream&)>& write) {
+    TemporaryFile file(FollowLink(path), path);
+    write(file);
+    file.Keep();
+}
