@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "foundation/xml/xml_lexer.h"
+
+#include <algorithm>
+
+#include "foundation/text/exception.h"
+#include "foundation/xml/xml_characters.h"
+
+namespace {
+
+constexpr std::int32_t kBufferSize = 1024;
+
+}  // namespace
+
+void RaiseInvalidXml(const char* text) {
+    throw MException(MString("Invalid file contents. ").Append(text), 256);
+}
+
+std::int32_t BoundedInput::Read(void* buffer, std::int32_t size) {
+    if (ended) return 0;
+    const std::int32_t count = source.Read(buffer, size);
+    ended = count <= 0;
+    if (count > remaining) RaiseInvalidXml("The document is too large.");
+    remaining -= count;
+    return count;
+}
+
+XmlLexer::XmlLexer(MByteStream& stream, const MEncoding::Codec& codec, std::int64_t maximumBytes)
+    : input(stream, maximumBytes), reader(input, kBufferSize), codec(&codec) {
+    codec.ReadHeader(input);
+}
+
+// Codecs tell the end by an error, which is only that where the stream has ended indeed.
+bool XmlLexer::ReadLine() {
+    position = 0;
+    try {
+        codec->ReadLine(reader, line);
+    } catch (const MException&) {
+        if (!input.IsEnd()) throw;
+        line = MString();
+        return false;
+    }
+    line.Append(u' ');
+    return true;
+}
+
+char16_t XmlLexer::PeekBehindWhite() {
+    for (; Fill(); ++position) {
+        if (!IsXmlWhite(line[position])) return line[position];
+    }
+    return 0;
+}
+
+bool XmlLexer::SkipIf(char16_t unit) {
+    if (Peek() != unit) return false;
+    Skip();
+    return true;
+}
+
+// A token ends with its line at the latest, since a blank stands there.
+MString XmlLexer::ReadToken() {
+    PeekBehindWhite();
+    const std::int32_t start = position;
+    while (position < line.Length() && ClassOf(line[position]) == XmlCharacter::Ordinary)
+        ++position;
+    return line.SubString(start, position - start);
+}
+
+bool XmlLexer::ReadUpTo(char16_t delimiter, MString& text) {
+    text = MString();
+    while (Fill()) {
+        const std::int32_t start = position;
+        position = Find(delimiter);
+        text.Append(line.SubString(start, position - start));
+        if (position == line.Length()) continue;
+        Skip();
+        return true;
+    }
+    return false;
+}
+
+bool XmlLexer::ReadUpToBracket(char16_t twice, MString& text) {
+    text = MString();
+    while (Fill()) {
+        const std::int32_t start = position;
+        for (position = Find(u'>'); position < line.Length(); position = Find(u'>')) {
+            Skip();
+            const std::int32_t end = position - 3;
+            if (end < start || line[end] != twice || line[end + 1] != twice) continue;
+            text.Append(line.SubString(start, end - start));
+            return true;
+        }
+        text.Append(line.SubString(start));
+    }
+    return false;
+}
+
+std::int32_t XmlLexer::Find(char16_t unit) const {
+    std::int32_t found = position;
+    while (found < line.Length() && line[found] != unit) ++found;
+    return found;
+}

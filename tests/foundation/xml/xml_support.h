@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "foundation/streams/memory_stream.h"
+#include "foundation/text/exception.h"
+#include "foundation/xml/tree_walk.h"
+#include "foundation/xml/xml_document.h"
+
+// How a failure of GoogleTest shows a text.
+inline void PrintTo(const MString& text, std::ostream* out) { *out << text.ToUtf8(); }
+
+inline MMemoryStream StreamOver(std::string_view bytes) {
+    return {bytes.data(), static_cast<std::int32_t>(bytes.size())};
+}
+
+inline std::string BytesOf(const MMemoryStream& written) {
+    MMemoryStream stream(written);
+    const auto* const data = reinterpret_cast<const char*>(stream.GetData());
+    return std::string(data, static_cast<std::size_t>(stream.GetSize()));
+}
+
+// "" where nothing is raised, else the code and the text.
+template <typename Action>
+std::string RaisedBy(Action action) {
+    try {
+        action();
+    } catch (const MException& error) {
+        return std::to_string(error.code) + " " + error.what();
+    }
+    return "";
+}
+
+inline void Load(MXMLDocument& document, std::string_view xml, const MXMLOptions& options = {}) {
+    MMemoryStream stream = StreamOver(xml);
+    document.Load(stream, options);
+}
+
+inline std::string Save(const MXMLDocument& document, bool compact,
+                        const MString& encoding = "utf-8") {
+    MMemoryStream stream;
+    document.Save(stream, compact, encoding);
+    return BytesOf(stream);
+}
+
+inline std::string TextOf(const MAttributeList& attributes) {
+    std::string text;
+    for (const MAttributePair* const pair : attributes) {
+        text.append(" ").append(pair->name.ToUtf8());
+        text.append("=[").append(pair->value.ToUtf8()).append("]");
+    }
+    return text;
+}
+
+// Every name, value and attribute of a tree in their order.
+inline std::string Describe(const MAttribute& root) {
+    std::string text;
+    WalkTree(
+        root,
+        [&](const MAttribute& item) {
+            text.append("(").append(item.GetName().ToUtf8()).append(TextOf(item.Attributes()));
+            if (!item.GetValue().IsEmpty())
+                text.append(" [").append(item.GetValue().ToUtf8()).append("]");
+        },
+        [&](const MAttribute&) { text += ')'; });
+    return text;
+}
