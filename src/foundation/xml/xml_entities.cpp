@@ -54,7 +54,7 @@ std::int32_t FindAmpersand(const MString& text, std::int32_t position) {
 
 std::span<const XmlEntity> XmlEntities() { return kEntities; }
 
-MString ResolveXmlEntities(const MString& text) {
+MString ResolveXmlEntities(MString text) {
     std::int32_t position = FindAmpersand(text, 0);
     if (position == text.Length()) return text;
     MString resolved;

@@ -20,7 +20,7 @@ std::span<const XmlEntity> XmlEntities();
 
 // Every '&' before the name of an entity, in any case, becomes the entity's character together with
 // the name and with whatever single character stands behind it. Any other '&' stays as it is.
-MString ResolveXmlEntities(const MString& text);
+MString ResolveXmlEntities(MString text);
 
 // Appends text to out, each character of the table as "&name;".
 void AppendXmlEscaped(MString& out, const MString& text);

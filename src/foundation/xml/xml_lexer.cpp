@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/xml/xml_lexer.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "foundation/text/exception.h"
 #include "foundation/xml/xml_characters.h"
@@ -66,12 +66,31 @@ MString XmlLexer::ReadToken() {
     return line.SubString(start, position - start);
 }
 
+MString XmlLexer::ReadName() {
+    PeekBehindWhite();
+    const std::int32_t start = position;
+    std::uint32_t hash = 0;
+    for (; position < line.Length() && ClassOf(line[position]) == XmlCharacter::Ordinary;
+         ++position)
+        hash = hash * 31 + line[position];
+    const std::int32_t length = position - start;
+    MString& name = recentNames[hash % recentNames.size()];
+    if (name.Length() != length || !StandsAt(start, name)) name = line.SubString(start, length);
+    return name;
+}
+
+bool XmlLexer::StandsAt(std::int32_t start, const MString& text) const {
+    std::int32_t same = 0;
+    while (same < text.Length() && line[start + same] == text[same]) ++same;
+    return same == text.Length();
+}
+
 bool XmlLexer::ReadUpTo(char16_t delimiter, MString& text) {
     text = MString();
     while (Fill()) {
         const std::int32_t start = position;
         position = Find(delimiter);
-        text.Append(line.SubString(start, position - start));
+        Take(start, position, text);
         if (position == line.Length()) continue;
         Skip();
         return true;
@@ -87,12 +106,21 @@ bool XmlLexer::ReadUpToBracket(char16_t twice, MString& text) {
             Skip();
             const std::int32_t end = position - 3;
             if (end < start || line[end] != twice || line[end + 1] != twice) continue;
-            text.Append(line.SubString(start, end - start));
+            Take(start, end, text);
             return true;
         }
-        text.Append(line.SubString(start));
+        Take(start, position, text);
     }
     return false;
+}
+
+void XmlLexer::Take(std::int32_t start, std::int32_t end, MString& text) const {
+    MString part = line.SubString(start, end - start);
+    if (text.IsEmpty()) {
+        text = std::move(part);
+    } else {
+        text.Append(part);
+    }
 }
 
 std::int32_t XmlLexer::Find(char16_t unit) const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "foundation/streams/mstream.h"
@@ -10,7 +11,7 @@
 //
 // Units    code units; bytes for the bound
 // Threads  one
-// Memory   holds one line of the document
+// Memory   holds one line of the document and 64 names
 // Errors   RaiseInvalidXml with "The document is too large."; what the stream raises
 
 // MException with code 256: "Invalid file contents. " and the text, which is a literal.
@@ -50,6 +51,8 @@ public:
 
     // Skips white space and takes the units in front of the next white space or special.
     MString ReadToken();
+    // The same where the text is likely to have occurred before: it is shared then.
+    MString ReadName();
     // Takes the units up to the next such unit, which is skipped. False where the document ends
     // before it; text has what was left then.
     bool ReadUpTo(char16_t delimiter, MString& text);
@@ -60,6 +63,9 @@ private:
     // Makes position stand inside the line; false at the end of the document.
     bool Fill() { return position < line.Length() || ReadLine(); }
     bool ReadLine();
+    bool StandsAt(std::int32_t start, const MString& text) const;
+    // Appends the units from start up to end.
+    void Take(std::int32_t start, std::int32_t end, MString& text) const;
     // The next position of the unit in the line, its length where there is none.
     std::int32_t Find(char16_t unit) const;
 
@@ -68,4 +74,5 @@ private:
     const MEncoding::Codec* codec;
     MString line;  // with the blank behind it
     std::int32_t position = 0;
+    std::array<MString, 64> recentNames;  // by hash
 };

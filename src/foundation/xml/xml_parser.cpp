@@ -49,7 +49,7 @@ bool DocumentReader::ReadText() {
     lexer.PeekBehindWhite();
     MString text;
     const bool found = lexer.ReadUpTo(u'<', text);
-    return GiveText(ResolveXmlEntities(text)) && found;
+    return GiveText(ResolveXmlEntities(std::move(text))) && found;
 }
 
 bool DocumentReader::GiveText(const MString& text) {
@@ -71,7 +71,7 @@ bool DocumentReader::ReadMarkup() {
 }
 
 bool DocumentReader::ReadClosingElement() {
-    const MString name = lexer.ReadToken();
+    const MString name = lexer.ReadName();
     if (lexer.PeekBehindWhite() != u'>') RaiseInvalidXml("Invalid closing element syntax.");
     lexer.Skip();
     if (depth > 0) --depth;
@@ -100,7 +100,7 @@ bool DocumentReader::ReadBlock() {
 }
 
 bool DocumentReader::ReadElement() {
-    const MString name = lexer.ReadToken();
+    const MString name = lexer.ReadName();
     if (name.IsEmpty()) RaiseInvalidXml("No element name found.");
     const TagEnd end = ReadAttributes();
     bool goesOn = true;
@@ -115,7 +115,7 @@ bool DocumentReader::ReadElement() {
 
 DocumentReader::TagEnd DocumentReader::ReadAttributes() {
     for (;;) {
-        MString name = lexer.ReadToken();
+        MString name = lexer.ReadName();
         if (name.IsEmpty()) return ReadTagEnd();
         if (name == "?") {
             if (!lexer.SkipIf(u'>')) RaiseInvalidXml("Invalid element finishing sequence.");
@@ -126,7 +126,7 @@ DocumentReader::TagEnd DocumentReader::ReadAttributes() {
         lexer.Skip();
         MString value;
         ReadValue(value);
-        attributes.Add(std::move(name), ResolveXmlEntities(value));
+        attributes.Add(std::move(name), ResolveXmlEntities(std::move(value)));
     }
 }
 
