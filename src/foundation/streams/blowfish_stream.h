@@ -21,7 +21,7 @@ public:
     static constexpr int kBlockSize = 8;
     using Block = std::array<std::uint8_t, kBlockSize>;
 
-    using MCryptoStream::MCryptoStream;
+    explicit MBlowfishStream(MStream& source) : MCryptoStream(source) {}
 
     // What stands before the first block; zero bytes unless told. For the next key.
     void SetInitialBlock(const Block& block) { initial = block; }

@@ -72,7 +72,7 @@ void SyncDirectory(const MString& path) {
 }
 
 bool IsWritable(const MString& path) {
-    return access(path.ToUtf8().c_str(), W_OK) == 0 || errno == ENOENT;
+    return faccessat(AT_FDCWD, path.ToUtf8().c_str(), W_OK, AT_EACCESS) == 0 || errno == ENOENT;
 }
 
 void CopyPermissions(const MString& path, std::FILE* file) {

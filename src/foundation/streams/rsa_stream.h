@@ -18,7 +18,7 @@
 
 class MRSAStream : public MCryptoStream {
 public:
-    using MCryptoStream::MCryptoStream;
+    explicit MRSAStream(MStream& source) : MCryptoStream(source) {}
 
     void SetPublicKey(const std::string& modulus, const std::string& exponent);
     // The prime factors of the modulus, and the exponent of the public key.

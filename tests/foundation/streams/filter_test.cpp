@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Filters against the outside world: Python's zlib, published vectors, broken data.
+#include <gtest/gtest.h>
+
+#include "foundation/streams/blowfish_stream.h"
+#include "foundation/streams/hash_stream.h"
+#include "foundation/streams/hexa_stream.h"
+#include "foundation/streams/memory_stream.h"
+#include "foundation/streams/rsa_stream.h"
+#include "foundation/streams/stream_support.h"
+#include "foundation/streams/zlib_stream.h"
+
+namespace {
+
+std::string Hexa(const std::string& bytes) {
+    MMemoryStream memory;
+    MHexaStream hexa(memory);
+    WriteAll(hexa, bytes);
+    memory.Seek(0, MStream::kFromStart);
+    return ReadAll(memory);
+}
+
+std::string Unhexa(const std::string& digits, std::int32_t part = 1000) {
+    MMemoryStream memory(digits.data(), static_cast<std::int32_t>(digits.size()));
+    MHexaStream hexa(memory);
+    return ReadAll(hexa, part);
+}
+
+std::string Compressed(const std::string& plain, std::int32_t part) {
+    MMemoryStream memory;
+    MZLibStream packed;
+    packed.OpenForCompressing(memory);
+    for (std::size_t i = 0; i < plain.size(); i += static_cast<std::size_t>(part))
+        WriteAll(packed, plain.substr(i, static_cast<std::size_t>(part)));
+    EXPECT_EQ(packed.GetPosition(), static_cast<std::int64_t>(plain.size()));
+    packed.Close();
+    memory.Seek(0, MStream::kFromStart);
+    return ReadAll(memory);
+}
+
+// What reading and closing raise.
+std::pair<std::string, std::string> ErrorsOf(const std::string& packed) {
+    MMemoryStream memory(packed.data(), static_cast<std::int32_t>(packed.size()));
+    MZLibStream stream;
+    stream.OpenForDecompressing(memory);
+    const std::string reading = Raised([&] { ReadAll(stream); });
+    return {reading, Raised([&] { stream.Close(); })};
+}
+
+// Takes so many bytes, then refuses like a full disk.
+class SmallDisk : public MStream {
+public:
+    explicit SmallDisk(std::int32_t room) : room(room) {}
+    void Write(const void* buffer, std::int32_t size) override {
+        if (size > room) MStream::Write(buffer, size);
+        room -= size;
+    }
+
+private:
+    std::int32_t room;
+};
+
+constexpr const char* kInvalid = "256 Source compressed stream has invalid content.";
+constexpr const char* kUnfinished = "256 ZLIB stream has not been terminated.";
+
+}  // namespace
+
+TEST(HexaStream, DigitsAreUpperCaseInAndEitherCaseOut) {
+    EXPECT_EQ(Hexa(std::string("\x00\x7f\xab\xff", 4)), "007FABFF");
+    const std::string bytes = RandomBytes(1000);
+    for (const std::int32_t part : {1, 63, 64, 65, 1000})
+        EXPECT_EQ(Unhexa(Hexa(bytes), part), bytes);
+    EXPECT_EQ(Unhexa("aBcD4"), "\xab\xcd");
+    for (const char* const bad : {"0G", "0/", "0:", "@0", "`0", "g0", "0 "})
+        EXPECT_EQ(Raised([&] { Unhexa(bad); }),
+                  "256 Invalid character to be converted to a number.");
+}
+
+TEST(ZLibStream, PythonReadsWhatIsWrittenAndTheOtherWayRound) {
+    const TestFolder folder;
+    for (const std::string& plain : {std::string(), std::string(100000, 'a'), RandomBytes(50000)}) {
+        folder.SetContent("plain", plain);
+        folder.SetContent("packed", Compressed(plain, 3000));
+        const std::string python =
+            "'" QUILLOREA_PYTHON "' -c \"import zlib\nr = lambda n: open('" + folder.path.string() +
+            "/' + n, 'rb').read()\nassert zlib.decompress(r('packed')) == "
+            "r('plain')\nopen('" +
+            folder.Path("theirs") + "', 'wb').write(zlib.compress(r('plain')))\"";
+        ASSERT_TRUE(RunsWell(python));
+        const std::string theirs = folder.Content("theirs");
+        for (const std::int32_t part : {1, 4096, 200000}) {
+            MMemoryStream memory(theirs.data(), static_cast<std::int32_t>(theirs.size()));
+            MZLibStream stream;
+            stream.OpenForDecompressing(memory);
+            EXPECT_EQ(ReadAll(stream, part), plain);
+            EXPECT_EQ(Raised([&] { stream.Close(); }), "nothing");
+        }
+    }
+}
+
+TEST(ZLibStream, ClosesQuietlyOnceAllPlainBytesAreRead) {
+    const std::string packed = Compressed("twelve bytes", 12) + "behind";
+    MMemoryStream memory(packed.data(), static_cast<std::int32_t>(packed.size()));
+    MZLibStream stream;
+    stream.OpenForDecompressing(memory);
+    char text[12];
+    EXPECT_EQ(stream.Read(text, 11), 11);
+    EXPECT_FALSE(stream.IsEnd());
+    EXPECT_EQ(stream.Read(text, 1), 1);
+    EXPECT_EQ(Raised([&] { stream.Close(); }), "nothing");
+    EXPECT_FALSE(stream.IsOpen());
+}
+
+TEST(ZLibStream, BrokenAndUnfinishedDataRaise) {
+    const std::string packed = Compressed(RandomBytes(9000), 9000);
+    std::string flipped = packed, wrongSum = packed;
+    flipped[0] = 'x' ^ 1;
+    wrongSum.back() = static_cast<char>(wrongSum.back() ^ 1);
+    using Errors = std::pair<std::string, std::string>;
+    EXPECT_EQ(ErrorsOf(packed), Errors("nothing", "nothing"));
+    EXPECT_EQ(ErrorsOf(packed.substr(0, 8000)), Errors(kInvalid, kUnfinished));
+    EXPECT_EQ(ErrorsOf(packed.substr(0, packed.size() - 1)), Errors(kInvalid, kUnfinished));
+    EXPECT_EQ(ErrorsOf(""), Errors(kInvalid, kUnfinished));
+    EXPECT_EQ(ErrorsOf(flipped), Errors(kInvalid, kUnfinished));
+    EXPECT_EQ(ErrorsOf(wrongSum), Errors(kInvalid, kUnfinished));
+}
+
+TEST(ZLibStream, TellsWhatItCannotDo) {
+    MMemoryStream memory;
+    MZLibStream stream;
+    char byte = 0;
+    EXPECT_EQ(Raised([&] { stream.OpenForCompressing(memory, 99); }),
+              "257 Could not initialize deflating.");
+    EXPECT_EQ(Raised([&] { WriteAll(stream, "a"); }),
+              "1 Service \"write to stream\" is not implemented.");
+    stream.OpenForCompressing(memory);
+    EXPECT_EQ(Raised([&] { stream.Read(&byte, 1); }),
+              "1 Service \"read from stream\" is not implemented.");
+    SmallDisk disk(8192);
+    stream.OpenForCompressing(disk, 0);
+    EXPECT_NE(Raised([&] { WriteAll(stream, RandomBytes(100000)); }), "nothing");
+    EXPECT_NE(Raised([&] { stream.Close(); }), "nothing");
+    EXPECT_FALSE(stream.IsOpen());
+}
+
+TEST(HashStreams, GiveThePublishedValues) {
+    // RFC 1321, appendix A.5, and the examples of the authors of RIPEMD-160.
+    const struct {
+        const char* text;
+        const char* md5;
+        const char* ripemd;
+    } kCases[] = {
+        {"", "D41D8CD98F00B204E9800998ECF8427E", "9C1185A5C5E9FC54612808977EE8F548B2258D31"},
+        {"a", "0CC175B9C0F1B6A831C399E269772661", "0BDC9D2D256B3EE9DAAE347BE6F4DC835A467FFE"},
+        {"abc", "900150983CD24FB0D6963F7D28E17F72", "8EB208F7E05D987A9B044A8E98C6B087F15A0BFC"},
+        {"message digest", "F96B697D7CB7938D525A2F31AAF161D0",
+         "5D0689EF49D2FAE572B881B123A85FFA21595F36"},
+    };
+    for (const auto& known : kCases) {
+        MMD5Stream md5;
+        MRIPEMDStream ripemd;
+        for (const char* byte = known.text; *byte != '\0'; ++byte) {
+            md5.Write(byte, 1);
+            ripemd.Write(byte, 1);
+        }
+        EXPECT_EQ(md5.GetHashText(), known.md5);
+        EXPECT_EQ(ripemd.GetHashText(), known.ripemd);
+    }
+}
+
+TEST(HashStreams, HashWhatPassesAndNeedASourceToRead) {
+    MMemoryStream memory;
+    MMD5Stream writing(&memory), reading(&memory), sink;
+    WriteAll(writing, "message ");
+    EXPECT_EQ(writing.GetHash().size(), 16u);
+    WriteAll(writing, "digest");
+    memory.Seek(0, MStream::kFromStart);
+    EXPECT_EQ(ReadAll(reading, 3), "message digest");
+    EXPECT_EQ(reading.GetHashText(), "F96B697D7CB7938D525A2F31AAF161D0");
+    EXPECT_EQ(writing.GetHash(), reading.GetHash());
+    const auto uses = {std::function<void()>([&] { ReadAll(sink); }),
+                       {[&] { sink.GetSubStream(); }},
+                       {[&] { sink.Flush(); }}};
+    for (const auto& use : uses)
+        EXPECT_EQ(Raised(use), "258 Cryptographic hash stream has not been initialized.");
+}
+
+TEST(BlowfishStream, GivesThePublishedChain) {
+    // E. Young's vector for the chaining mode, its text filled up with zero bytes.
+    const std::string plain("7654321 Now is the time for \0", 29);
+    MMemoryStream memory;
+    MBlowfishStream stream(memory);
+    stream.SetInitialBlock({0xfe, 0xdc, 0xba, 0x98, 0x76, 0x54, 0x32, 0x10});
+    stream.SetKeyBytes(Unhexa("0123456789ABCDEFF0E1D2C3B4A59687"));
+    WriteAll(stream, plain);
+    stream.Close();
+    memory.Seek(0, MStream::kFromStart);
+    EXPECT_EQ(ReadAll(stream, 7), plain + std::string(3, '\0'));
+    memory.Seek(0, MStream::kFromStart);
+    EXPECT_EQ(Hexa(ReadAll(memory)),
+              "6B77B4D63006DEE605B156E27403979358DEB9E7154616D959F1652BD5FF92CC");
+}
+
+TEST(BlowfishStream, TextKeysAreCutAndFilledToTheirLength) {
+    const auto stored = [](const MString& key, int bits) {
+        MMemoryStream memory;
+        MBlowfishStream stream(memory);
+        stream.SetKeyLength(bits);
+        stream.SetKey(key);
+        WriteAll(stream, "block");
+        stream.Close();
+        return Hexa(std::string(reinterpret_cast<const char*>(memory.GetData()), 8));
+    };
+    EXPECT_EQ(stored("a long key", 64), stored("a long k", 0));
+    EXPECT_NE(stored("a long key", 0), stored("a long k", 0));
+    EXPECT_NE(stored("short", 64), stored("short", 128));
+    const std::pair<const char*, int> kBad[] = {
+        {"short", 0}, {"a long key", 60}, {"a long key", 456}};
+    for (const auto& [key, bits] : kBad)
+        EXPECT_EQ(Raised([&] { stored(key, bits); }), "2 Invalid crypto key.");
+}
+
+TEST(CryptoStreams, RefuseMissingKeysAndBrokenBlocks) {
+    const std::string data = RandomBytes(25);
+    MMemoryStream memory(data.data(), 25);
+    MBlowfishStream blowfish(memory);
+    EXPECT_EQ(Raised([&] { ReadAll(blowfish); }), "258 Buffering stream has not been initialized.");
+    EXPECT_EQ(Raised([&] { blowfish.IsEnd(); }), "258 Buffering stream has not been initialized.");
+    blowfish.SetKey("eight or more");
+    EXPECT_EQ(Raised([&] { ReadAll(blowfish, 25); }), "256 No more data in source stream.");
+
+    memory.Seek(0, MStream::kFromStart);
+    MRSAStream rsa(memory);
+    rsa.SetPrivateKey("1ffffffffffffffffffffff", "7ffffffffffffffffffffffffff", "10001");
+    EXPECT_EQ(Raised([&] { ReadAll(rsa); }), "256 Invalid file contents.");
+    rsa.SetPublicKey("ffffffffffffffffffffff7fffe0000000000000000000001", "10001");
+    memory.Seek(0, MStream::kFromStart);
+    EXPECT_EQ(Raised([&] { ReadAll(rsa); }), "1 Service \"read from stream\" is not implemented.");
+    const std::pair<std::string, std::string> kBad[] = {{"no digits", "3"},
+                                                        {"35", "3"},
+                                                        {std::string(100, 'e'), "3"},
+                                                        {std::string(100, 'f'), "4"}};
+    for (const auto& [modulus, exponent] : kBad)
+        EXPECT_EQ(Raised([&] { rsa.SetPublicKey(modulus, exponent); }), "2 Invalid crypto key.");
+}
