@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/xml/xml_document.h"
 
+#include "foundation/xml/invalid_file.h"
 #include "foundation/xml/xml_characters.h"
-#include "foundation/xml/xml_lexer.h"
 #include "foundation/xml/xml_writer.h"
 
 namespace {
@@ -25,7 +25,7 @@ public:
 
     // The pieces of a text that children interrupt are joined by blanks.
     bool OnText(const MString& text) override {
-        if (current == nullptr) RaiseInvalidXml("Text outside of any element.");
+        if (current == nullptr) RaiseInvalidFile("Text outside of any element.");
         const MString trimmed = TrimXml(text);
         MString& value = current->Value();
         if (value.IsEmpty()) {
@@ -39,7 +39,7 @@ public:
 private:
     bool Close(const MString& name) {
         if (current == nullptr || current->GetName().CompareNoCase(name) != 0)
-            RaiseInvalidXml("Invalid closing element name.");
+            RaiseInvalidFile("Invalid closing element name.");
         current = current->Parent();
         return current == nullptr;
     }
@@ -54,7 +54,7 @@ void MXMLDocument::Load(MByteStream& stream, const MXMLOptions& options) {
     Clear();
     TreeBuilder builder(root);
     builder.Parse(stream, options);
-    if (IsEmpty()) RaiseInvalidXml("The XML does not contain any elements.");
+    if (IsEmpty()) RaiseInvalidFile("The XML does not contain any elements.");
 }
 
 void MXMLDocument::Save(MByteStream& stream, bool compact, const MString& encoding) const {

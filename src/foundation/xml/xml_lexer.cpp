@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "foundation/text/exception.h"
+#include "foundation/xml/invalid_file.h"
 #include "foundation/xml/xml_characters.h"
 
 namespace {
@@ -12,15 +12,11 @@ constexpr std::int32_t kBufferSize = 1024;
 
 }  // namespace
 
-void RaiseInvalidXml(const char* text) {
-    throw MException(MString("Invalid file contents. ").Append(text), 256);
-}
-
 std::int32_t BoundedInput::Read(void* buffer, std::int32_t size) {
     if (ended) return 0;
     const std::int32_t count = source.Read(buffer, size);
     ended = count <= 0;
-    if (count > remaining) RaiseInvalidXml("The document is too large.");
+    if (count > remaining) RaiseInvalidFile("The document is too large.");
     remaining -= count;
     return count;
 }

@@ -12,10 +12,7 @@
 // Units    code units; bytes for the bound
 // Threads  one
 // Memory   holds one line of the document and 64 names
-// Errors   RaiseInvalidXml with "The document is too large."; what the stream raises
-
-// MException with code 256: "Invalid file contents. " and the text, which is a literal.
-[[noreturn]] void RaiseInvalidXml(const char* text);
+// Errors   RaiseInvalidFile with "The document is too large."; what the stream raises
 
 // Serves no more than so many bytes, and asks nothing of a stream that has ended.
 class BoundedInput final : public MStream {

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "foundation/xml/invalid_file.h"
 #include "foundation/xml/xml_characters.h"
 #include "foundation/xml/xml_entities.h"
 #include "foundation/xml/xml_lexer.h"
@@ -72,7 +73,7 @@ bool DocumentReader::ReadMarkup() {
 
 bool DocumentReader::ReadClosingElement() {
     const MString name = lexer.ReadName();
-    if (lexer.PeekBehindWhite() != u'>') RaiseInvalidXml("Invalid closing element syntax.");
+    if (lexer.PeekBehindWhite() != u'>') RaiseInvalidFile("Invalid closing element syntax.");
     lexer.Skip();
     if (depth > 0) --depth;
     return !handler.OnElement(name, attributes, true);
@@ -88,20 +89,20 @@ bool DocumentReader::ReadSpecialElement() {
     } else {
         isEnded = lexer.ReadUpTo(u'>', skipped);
     }
-    if (!isEnded) RaiseInvalidXml("Invalid special element sequence.");
+    if (!isEnded) RaiseInvalidFile("Invalid special element sequence.");
     return true;
 }
 
 bool DocumentReader::ReadBlock() {
     MString keyword, block;
     if (!lexer.ReadUpTo(u'[', keyword) || !lexer.ReadUpToBracket(u']', block))
-        RaiseInvalidXml("Invalid special element sequence.");
+        RaiseInvalidFile("Invalid special element sequence.");
     return keyword != "CDATA" || GiveText(block);
 }
 
 bool DocumentReader::ReadElement() {
     const MString name = lexer.ReadName();
-    if (name.IsEmpty()) RaiseInvalidXml("No element name found.");
+    if (name.IsEmpty()) RaiseInvalidFile("No element name found.");
     const TagEnd end = ReadAttributes();
     bool goesOn = true;
     if (name[0] == u'?') {
@@ -118,11 +119,11 @@ DocumentReader::TagEnd DocumentReader::ReadAttributes() {
         MString name = lexer.ReadName();
         if (name.IsEmpty()) return ReadTagEnd();
         if (name == "?") {
-            if (!lexer.SkipIf(u'>')) RaiseInvalidXml("Invalid element finishing sequence.");
+            if (!lexer.SkipIf(u'>')) RaiseInvalidFile("Invalid element finishing sequence.");
             return TagEnd::Empty;
         }
         if (lexer.PeekBehindWhite() != u'=')
-            RaiseInvalidXml("Invalid character found where attribute expected.");
+            RaiseInvalidFile("Invalid character found where attribute expected.");
         lexer.Skip();
         MString value;
         ReadValue(value);
@@ -132,8 +133,8 @@ DocumentReader::TagEnd DocumentReader::ReadAttributes() {
 
 DocumentReader::TagEnd DocumentReader::ReadTagEnd() {
     if (lexer.SkipIf(u'>')) return TagEnd::Open;
-    if (!lexer.SkipIf(u'/')) RaiseInvalidXml("Special character found where attribute expected.");
-    if (!lexer.SkipIf(u'>')) RaiseInvalidXml("Invalid element finishing sequence.");
+    if (!lexer.SkipIf(u'/')) RaiseInvalidFile("Special character found where attribute expected.");
+    if (!lexer.SkipIf(u'>')) RaiseInvalidFile("Invalid element finishing sequence.");
     return TagEnd::Empty;
 }
 
@@ -143,11 +144,11 @@ void DocumentReader::ReadValue(MString& value) {
         return;
     }
     lexer.Skip();
-    if (!lexer.ReadUpTo(u'"', value)) RaiseInvalidXml("No ending delimiter found.");
+    if (!lexer.ReadUpTo(u'"', value)) RaiseInvalidFile("No ending delimiter found.");
 }
 
 bool DocumentReader::GiveElement(const MString& name, TagEnd end) {
-    if (depth >= maximumDepth) RaiseInvalidXml("The elements are nested too deeply.");
+    if (depth >= maximumDepth) RaiseInvalidFile("The elements are nested too deeply.");
     if (handler.OnElement(name, attributes, false)) return false;
     if (end == TagEnd::Open) {
         ++depth;
