@@ -29,6 +29,15 @@ constexpr XmlCharacter ClassOf(char16_t unit) {
 
 constexpr bool IsXmlWhite(char16_t unit) { return unit <= u' '; }
 
+// The codecs write U+10FE01 to U+10FEFF as one raw byte, which may be one that must not stand in a
+// document. Which byte the pair at position stands for, 0 for anything else.
+inline constexpr char16_t kRawByteStart = 0xdbff;
+inline char16_t RawByteAt(const MString& text, std::int32_t position) {
+    if (text[position] != kRawByteStart) return 0;
+    const char16_t low = text[position + 1];
+    return low > 0xde00 && low <= 0xdeff ? low & 0xff : 0;
+}
+
 // Without the white space at both ends; shared with text where there is none.
 inline MString TrimXml(const MString& text) {
     std::int32_t start = 0;

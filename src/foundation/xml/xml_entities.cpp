@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "foundation/text/character_fold.h"
+#include "foundation/xml/xml_characters.h"
 
 namespace {
 
@@ -11,21 +12,11 @@ constexpr XmlEntity kEntities[] = {
     {u'&', "amp"}, {u'<', "lt"}, {u'>', "gt"}, {u'\'', "apos"}, {u'"', "quot"}, {u'\n', "#10"},
 };
 
-constexpr char16_t kRawByteStart = 0xdbff;
-
 // Whether the unit can neither be an entity nor begin one.
 bool IsPlain(char16_t unit) {
     return unit > u'>' ? unit != kRawByteStart
                        : unit != u'\n' && unit != u'"' && unit != u'&' && unit != u'\'' &&
                              unit != u'<' && unit != u'>';
-}
-
-// What the pair at position is written as: U+10FE01 to U+10FEFF become one raw byte in UTF-8, which
-// may be one that must not stand in a document. 0 for any other pair.
-char16_t RawByteAt(const MString& text, std::int32_t position) {
-    if (text[position] != kRawByteStart) return 0;
-    const char16_t low = text[position + 1];
-    return low > 0xde00 && low <= 0xdeff ? low & 0xff : 0;
 }
 
 const XmlEntity* EntityOf(char16_t unit) {

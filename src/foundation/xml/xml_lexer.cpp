@@ -10,6 +10,34 @@ namespace {
 
 constexpr std::int32_t kBufferSize = 1024;
 
+constexpr bool IsHighSurrogate(char16_t unit) { return (unit & 0xfc00) == 0xd800; }
+constexpr bool IsLowSurrogate(char16_t unit) { return (unit & 0xfc00) == 0xdc00; }
+
+// What is not written again as it was read; a name might become empty. A pair has to be looked at.
+constexpr bool IsDoubtful(char16_t unit) {
+    return unit >= 0xd800 && (unit <= 0xdfff || unit == 0xfeff);
+}
+
+bool HasDoubtful(const MString& text) {
+    for (std::int32_t i = 0; i < text.Length(); ++i) {
+        if (IsDoubtful(text[i])) return true;
+    }
+    return false;
+}
+
+MString WithoutUnwritable(const MString& text) {
+    MString kept;
+    for (std::int32_t i = 0; i < text.Length(); ++i) {
+        if (!IsDoubtful(text[i])) {
+            kept.Append(text[i]);
+        } else if (IsHighSurrogate(text[i]) && IsLowSurrogate(text[i + 1])) {
+            if (RawByteAt(text, i) == 0) kept.Append(text[i]).Append(text[i + 1]);
+            ++i;
+        }
+    }
+    return kept;
+}
+
 }  // namespace
 
 std::int32_t BoundedInput::Read(void* buffer, std::int32_t size) {
@@ -36,6 +64,7 @@ bool XmlLexer::ReadLine() {
         line = MString();
         return false;
     }
+    if (HasDoubtful(line)) line = WithoutUnwritable(line);
     line.Append(u' ');
     return true;
 }

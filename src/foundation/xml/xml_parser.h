@@ -22,7 +22,9 @@ struct MXMLOptions {
 // quotes are no quotes. Known are the entities of XmlEntities and no others. Comments, declarations
 // and processing instructions are skipped, save for the attribute "encoding" of a processing
 // instruction, which rules from the next line on. CDATA is text without entities. The end of a line
-// counts as one blank, and text loses the white space at its ends.
+// counts as one blank, and text loses the white space at its ends. Half a surrogate pair, U+FEFF
+// and the codecs' escape for raw bytes are left out, since they would not be written as they were
+// read.
 //
 // Threads  one
 // Memory   holds one line and one element; the depth of the document costs nothing

@@ -89,9 +89,9 @@ private:
 void TreeWriter::Open(const MAttribute& item) {
     const std::int32_t level = LevelOf(item);
     Indent(level);
-    output.Put("<").PutEscaped(item.GetName());
+    output.Put("<").Put(item.GetName());
     for (const MAttributePair* const pair : item.Attributes())
-        output.Put(" ").PutEscaped(pair->name).Put("=\"").PutEscaped(pair->value).Put("\"");
+        output.Put(" ").Put(pair->name).Put("=\"").PutEscaped(pair->value).Put("\"");
     if (IsEmpty(item)) {
         output.Put("/>");
         return EndLine(isPretty || level < 2);
@@ -105,7 +105,7 @@ void TreeWriter::Close(const MAttribute& item) {
     if (IsEmpty(item)) return;
     const std::int32_t level = LevelOf(item);
     Indent(level);
-    output.Put("</").PutEscaped(item.GetName()).Put(">");
+    output.Put("</").Put(item.GetName()).Put(">");
     EndLine(isPretty || level < 2);
 }
 

@@ -191,6 +191,18 @@ TEST(XmlParser, DeclaredEncodingHoldsFromTheNextLineOn) {
     EXPECT_EQ(Events(units, {.encoding = "utf-16"}), "0 Invalid UTF8 header.");
 }
 
+// Surrogates spelled in UTF-8, and the private escapes for a quote and a '>'.
+TEST(XmlParser, LeavesOutWhatCannotBeWritten) {
+    Check({
+        {"<\xed\xa0\x80>", kNoName},
+        {"<\xed\xb0\x80 b=1/>", kNotAttribute},
+        {"<a b=\"\xed\xa0\x80\"/>", "+a b=[] -a"},
+        {"<a b=\"\xf4\x8f\xb8\xa2\"/>x\xf4\x8f\xb8\xbey", "+a b=[] -a [xy]"},
+        {"<a>\xf0\x9f\x98\x80\xed\xa0\x80\xed\xa0\xbd\xed\xb8\x80</a>",
+         "+a [\xf0\x9f\x98\x80\xf0\x9f\x98\x80] -a"},
+    });
+}
+
 TEST(XmlParser, RefusesWhatIsTooDeepOrTooLarge) {
     EXPECT_EQ(Events(Nested(512)).find('!'), std::string::npos);
     EXPECT_TRUE(Events(Nested(513)).ends_with("+a !The elements are nested too deeply."));
