@@ -4,12 +4,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <random>
 #include <sstream>
-
-#include "foundation/text/exception.h"
 
 namespace fs = std::filesystem;
 
@@ -20,6 +17,10 @@ std::string Raised(const std::function<void()>& action) {
         return std::to_string(error.code) + ' ' + error.what();
     }
     return "nothing";
+}
+
+void ExpectRaised(const std::vector<Failure>& failures) {
+    for (const Failure& failure : failures) EXPECT_EQ(Raised(failure.action), failure.expected);
 }
 
 bool HoldsInChild(const std::function<bool()>& check) {
@@ -44,6 +45,10 @@ void WriteAll(MStream& stream, const std::string& bytes) {
     stream.Write(bytes.data(), static_cast<std::int32_t>(bytes.size()));
 }
 
+MMemoryStream Over(const std::string& bytes) {
+    return MMemoryStream(bytes.data(), static_cast<std::int32_t>(bytes.size()));
+}
+
 std::string RandomBytes(std::size_t count) {
     std::mt19937 random(7);
     std::string bytes(count, '\0');
@@ -51,15 +56,10 @@ std::string RandomBytes(std::size_t count) {
     return bytes;
 }
 
-namespace {
-
-fs::path MakeFolder() {
+static fs::path MakeFolder() {
     std::string pattern = (fs::temp_directory_path() / "quillorea-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    return pattern;
+    return mkdtemp(pattern.data()) != nullptr ? pattern : throw std::runtime_error("no folder");
 }
-
-}  // namespace
 
 TestFolder::TestFolder() : path(MakeFolder()) {}
 
@@ -82,9 +82,4 @@ void TestFolder::SetContent(const char* name, const std::string& bytes) const {
 
 std::ptrdiff_t TestFolder::Count() const {
     return std::distance(fs::directory_iterator(path), fs::directory_iterator());
-}
-
-bool RunsWell(const std::string& command) {
-    return std::system((command + " >/dev/null 2>&1").c_str()) ==
-           0;  // NOLINT(concurrency-mt-unsafe)
 }

@@ -1,14 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
-#include "foundation/streams/mstream.h"
+#include "foundation/streams/memory_stream.h"
+#include "foundation/text/exception.h"
 
 // "CODE TEXT" of the MException that the action raises, else "nothing".
 std::string Raised(const std::function<void()>& action);
+
+struct Failure {
+    std::string expected;
+    std::function<void()> action;
+};
+
+// Each action raises what is expected.
+void ExpectRaised(const std::vector<Failure>& failures);
 
 // In a process of its own, where limits and rights may change. Whether it gave true.
 bool HoldsInChild(const std::function<bool()>& check);
@@ -16,6 +28,8 @@ bool HoldsInChild(const std::function<bool()>& check);
 // What Read gives until it gives nothing, in parts of that size.
 std::string ReadAll(MStream& stream, std::int32_t part = 1000);
 void WriteAll(MStream& stream, const std::string& bytes);
+// A stream to read these bytes from, which outlive it.
+MMemoryStream Over(const std::string& bytes);
 
 // Bytes that no compressor finds anything in.
 std::string RandomBytes(std::size_t count);
@@ -24,8 +38,6 @@ std::string RandomBytes(std::size_t count);
 class TestFolder {
 public:
     TestFolder();
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
     ~TestFolder();
 
     MString operator/(const char* name) const;
@@ -37,6 +49,3 @@ public:
 
     const std::filesystem::path path;
 };
-
-// Runs a program with its arguments, its output dropped. Whether it ended well.
-bool RunsWell(const std::string& command);
