@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <list>
 #include <thread>
 
 #include "foundation/streams/bounded_call.h"
@@ -65,19 +66,18 @@ void AwaitEnd(int connection) {
     }
 }
 
-// An impatient client of that peer.
-class Client : public MTCPClient {
-public:
-    explicit Client(int port) {
-        SetTimeout(kShort);
-        Connect("localhost", port);
-    }
-    std::string ReadUpTo(std::int32_t size) {
-        std::string bytes(static_cast<std::size_t>(size), '\0');
-        bytes.resize(static_cast<std::size_t>(Read(bytes.data(), size)));
-        return bytes;
+// An impatient one.
+struct Client : MTCPClient {
+    explicit Client(int port, const char* host = "localhost") {
+        SetTimeout(kShort), Connect(host, port);
     }
 };
+
+std::string ReadSome(MStream& stream, std::int32_t size) {
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    bytes.resize(static_cast<std::size_t>(stream.Read(bytes.data(), size)));
+    return bytes;
+}
 
 class HTTPTest : public testing::Test {
 protected:
@@ -150,47 +150,35 @@ TEST(Socket, IsRefusedBeforeItIsConnected) {
     EXPECT_FALSE(MNetEntity::GetHostName().IsEmpty());
 }
 
-TEST(Socket, ReadsWhatComesUntilThePeerCloses) {
-    Peer peer([](int connection) {
+TEST(Socket, ReadsUntilThePeerClosesOrIsSilentOrTrickles) {
+    Peer answering([](int connection) {
         char bytes[5];
         recv(connection, bytes, 5, MSG_WAITALL);
         Say(connection, std::string(bytes, 5));
         std::this_thread::sleep_for(milliseconds(20));
         Say(connection, " again");
     });
-    Client client(peer.port);
-    WriteAll(client, "hello");
-    client.Flush();
-    EXPECT_EQ(client.ReadUpTo(0), "");
-    EXPECT_EQ(client.ReadUpTo(7), "hello a");
-    EXPECT_FALSE(client.IsEnd());
-    EXPECT_EQ(client.ReadUpTo(100), "gain");
-    EXPECT_TRUE(client.IsEnd());
-}
-
-TEST(Socket, ASilentOrTricklingPeerHoldsNobody) {
-    Peer silent([](int connection) {
-        Say(connection, "abc");
-        AwaitEnd(connection);
-    });
+    Peer silent([](int connection) { Say(connection, "abc"), AwaitEnd(connection); });
     Peer trickling(Trickle);
+    Client client(answering.port), impatient(silent.port), slow(trickling.port);
+    WriteAll(client, "hello");
+    EXPECT_EQ(ReadSome(client, 0) + ReadSome(client, 7), "hello a");
+    EXPECT_FALSE(client.IsEnd());
+    EXPECT_EQ(ReadSome(client, 100), "gain");
+    EXPECT_TRUE(client.IsEnd());
     const auto start = Clock::now();
-    {
-        Client client(silent.port);
-        EXPECT_EQ(client.ReadUpTo(10), "abc");
-        EXPECT_TRUE(client.IsEnd());
-        Client slow(trickling.port);
-        EXPECT_LT(slow.ReadUpTo(200).size(), 200u);
-    }
+    EXPECT_EQ(ReadSome(impatient, 10), "abc");
+    EXPECT_TRUE(impatient.IsEnd());
+    EXPECT_LT(ReadSome(slow, 200).size(), 200u);
     EXPECT_GE(Clock::now() - start, milliseconds(3 * kShort));
     EXPECT_LT(Clock::now() - start, 3 * milliseconds(kShort) + kPatience);
+    for (Client* const closed : {&client, &impatient, &slow}) closed->Close();
 }
 
 TEST(Socket, WritingTellsHowItFailed) {
     {
         Peer lazy([](int connection) {
-            std::this_thread::sleep_for(milliseconds(4 * kShort));
-            AwaitEnd(connection);
+            std::this_thread::sleep_for(milliseconds(4 * kShort)), AwaitEnd(connection);
         });
         Client client(lazy.port);
         EXPECT_EQ(Raised([&] { WriteAll(client, std::string(32 << 20, 'x')); }),
@@ -203,46 +191,32 @@ TEST(Socket, WritingTellsHowItFailed) {
             WriteAll(client, "x");
     };
     EXPECT_EQ(Raised(writeOn), "512 All data were not sent before target disconnected.");
-    class NoSocket : public MSocketStream {
-    public:
+    struct NoSocket : MSocketStream {
         NoSocket() { Attach(open("/dev/null", O_RDWR)); }
     } file;
     EXPECT_EQ(Raised([&] { WriteAll(file, "x"); }), "512 Could not write to socket stream.");
 }
 
 TEST(TCPClient, TellsWhyItCouldNotConnect) {
-    const auto error = [](const char* host, int port) {
-        return Raised([&] {
-            MTCPClient client;
-            client.SetTimeout(kShort);
-            client.Connect(host, port);
-        });
-    };
     const auto refused = [](int port, int code) {
-        return "512 Could not connect to a TCP server (host 127.0.0.1, port " +
+        return "512 Could not connect to a TCP server (host localhost, port " +
                std::to_string(port) + ", code " + std::to_string(code) + ").";
     };
-    EXPECT_EQ(error("no.such.host.invalid", 80),
-              "512 Could not resolve network name \"no.such.host.invalid\".");
-    int closed = 0;
-    { closed = Peer().port; }
-    EXPECT_EQ(error("127.0.0.1", closed), refused(closed, ECONNREFUSED));
-
+    const int closed = Peer().port;
     Peer full({}, 0);  // its queue takes one or two, further ones get no answer
-    std::vector<MTCPClient> waiting(3);
+    std::list<Client> waiting;
     const auto start = Clock::now();
-    std::string last = "nothing";
-    for (MTCPClient& client : waiting) {
-        client.SetTimeout(kShort);
-        if (last == "nothing") last = Raised([&] { client.Connect("127.0.0.1", full.port); });
-    }
-    EXPECT_EQ(last, refused(full.port, ETIMEDOUT));
-    EXPECT_LT(Clock::now() - start, milliseconds(kShort) + kPatience);
-
+    ExpectRaised({{"512 Could not resolve network name \"no.such.host.invalid\".",
+                   [] { Client(80, "no.such.host.invalid"); }},
+                  {refused(closed, ECONNREFUSED), [&] { waiting.emplace_back(closed); }},
+                  {refused(full.port, ETIMEDOUT), [&] {
+                       for (;;) waiting.emplace_back(full.port);
+                   }}});
+    EXPECT_LT(Clock::now() - start, milliseconds(3 * kShort) + kPatience);
     EXPECT_TRUE(HoldsInChild([&] {
         const rlimit none = {3, 3};
         setrlimit(RLIMIT_NOFILE, &none);
-        return error("127.0.0.1", closed) == "512 Could not create TCP socket.";
+        return Raised([&] { Client(closed, "127.0.0.1"); }) == "512 Could not create TCP socket.";
     }));
 }
 
@@ -255,9 +229,6 @@ TEST(BoundedCall, GivesUpOnWorkThatTakesTooLong) {
     EXPECT_FALSE(ResultInTime(slow, milliseconds(20)));
     EXPECT_LT(Clock::now() - start, milliseconds(600));
     EXPECT_EQ(ResultInTime(slow, milliseconds(600) + kPatience), 1);
-    EXPECT_EQ(
-        Raised([] { ResultInTime([]() -> int { RaiseUnsupportedService("work"); }, kPatience); }),
-        "1 Service \"work\" is not implemented.");
 }
 
 TEST_F(HTTPTest, TheServerGetsTheRequestAndTheClientTheReply) {
@@ -272,9 +243,6 @@ TEST_F(HTTPTest, TheServerGetsTheRequestAndTheClientTheReply) {
     EXPECT_EQ("200 " + ReadAll(stream, 7),
               Told("/a%20b?%C3%BC=%20") + "X-One: 1  X-Bad: 2|X-Two: two|");
     EXPECT_TRUE(stream.IsEnd() && stream.GetPosition() == stream.GetSize());
-    EXPECT_EQ(Raised([&] { WriteAll(stream, "x"); }),
-              "1 Service \"write to stream\" is not implemented.");
-
     request = RequestFor("");
     request.host = "localhost";
     request.formData = "a=1&b=2";
@@ -285,7 +253,6 @@ TEST_F(HTTPTest, TheServerGetsTheRequestAndTheClientTheReply) {
 }
 
 TEST_F(HTTPTest, RedirectsAreFollowedWithinTheBudget) {
-    const std::string other = "/to?http://LOCALHOST:" + std::to_string(port) + "/dir/c%23part";
     const struct {
         std::string path;
         int budget;
@@ -300,9 +267,8 @@ TEST_F(HTTPTest, RedirectsAreFollowedWithinTheBudget) {
     for (const auto& redirect : kCases)
         EXPECT_EQ(Result(RequestFor(redirect.path.c_str(), redirect.budget)), redirect.expected)
             << redirect.path << ' ' << redirect.budget;
-    EXPECT_EQ(ResultOf("HTTP/1.0 302 Found\r\n\r\n"), "302 ");
-    EXPECT_NE(Result(RequestFor(other.c_str(), 1)).find("GET /dir/c HTTP/1.0|Host: LOCALHOST:"),
-              std::string::npos);
+    const std::string other = "/to?http://127.0.0.1:" + std::to_string(port) + "/dir/c%23part";
+    EXPECT_EQ(Result(RequestFor(other.c_str(), 1)), Told("/dir/c"));
 }
 
 TEST_F(HTTPTest, BrokenRepliesAreToldAndBounded) {

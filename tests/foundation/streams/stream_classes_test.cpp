@@ -51,18 +51,6 @@ std::string Line(MStream& stream, std::int32_t size) {
 
 class Bare : public MStream {};
 
-// A stream that can only read, so that all else is what the base class makes of it.
-class OnlyReads : public MStream {
-public:
-    explicit OnlyReads(const std::string& bytes) : memory(Over(bytes)) {}
-    std::int32_t Read(void* buffer, std::int32_t size) override {
-        return memory.Read(buffer, size);
-    }
-
-private:
-    MMemoryStream memory;
-};
-
 }  // namespace
 
 TEST(Stream, EveryClassGivesBackWhatItTookAndSeeksAsItCan) {
@@ -147,8 +135,10 @@ TEST(Stream, LinesEndAtLineFeedsNulsAndTheBufferSize) {
                   {"ab", 0, {"1"}},
                   {"\r\r", 8, {"1"}}};
     for (const auto& sample : kCases) {
-        OnlyReads plain(sample.bytes);
-        MMemoryStream memory = Over(sample.bytes);
+        MMemoryStream memory = Over(sample.bytes), digits;
+        MHexaStream plain(digits);  // reads lines as the base class does
+        WriteAll(plain, sample.bytes);
+        digits.Seek(0, MStream::kFromStart);
         for (const std::string& expected : sample.lines) {
             const bool atEnd = memory.IsEnd();
             EXPECT_EQ(Line(memory, sample.size), atEnd ? "2" : expected) << sample.bytes;
@@ -165,15 +155,13 @@ TEST(MemoryStream, CapacityDoublesAndPullsTheSizeDown) {
     EXPECT_EQ(stream.GetCapacity(), 40);
     stream.Seek(2, MStream::kFromStart);
     WriteAll(stream, "ab");
-    EXPECT_EQ(stream.GetSize(), 21);
     stream.SetCapacity(3);
-    EXPECT_EQ(stream.GetPosition(), 3);
-    EXPECT_TRUE(stream.IsEnd());
+    EXPECT_TRUE(stream.IsEnd() && stream.GetPosition() == 3);
     stream.Seek(1, MStream::kFromStart);
     stream.Truncate();
     EXPECT_EQ(stream.GetSize(), 1);
-    EXPECT_EQ(Raised([&] { stream.Seek(-1, 0); }), "256 Could not perform file seek.");
-    EXPECT_EQ(Raised([&] { stream.Seek(2, 0); }), "256 No more data in source stream.");
+    ExpectRaised({{"256 Could not perform file seek.", [&] { stream.Seek(-1, 0); }},
+                  {"256 No more data in source stream.", [&] { stream.Seek(2, 0); }}});
 }
 
 TEST(MemoryStream, CopiesSeeTheirOwnChangesOnlyAndOutsideMemoryStays) {
@@ -194,19 +182,17 @@ TEST(MemoryStream, CopiesSeeTheirOwnChangesOnlyAndOutsideMemoryStays) {
 
 TEST(MemoryStream, CopiesOnTwoThreadsWriteToBlocksOfTheirOwn) {
     MMemoryStream shared;
-    WriteAll(shared, std::string(64, 's'));
-    std::vector<std::thread> threads;
-    for (const char letter : {'a', 'b'}) {
-        threads.emplace_back([copy = shared, letter]() mutable {
-            for (int i = 0; i < 1000; ++i) {
-                MMemoryStream own(copy);
-                own.Seek(i % 64, MStream::kFromStart);
-                WriteAll(own, std::string(1, letter));
-                copy = own;
-            }
-            EXPECT_EQ(copy.GetData()[63], letter);
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(shared.GetData()[0], 's');
+    WriteAll(shared, "shared");
+    const auto change = [&shared](const char* bytes) {
+        for (int i = 0; i < 1000; ++i) {
+            MMemoryStream own(shared);
+            WriteAll(own, bytes);
+            own.Seek(-2, MStream::kFromEnd);
+            EXPECT_EQ(ReadAll(own), bytes);
+        }
+    };
+    std::thread other(change, "ab");
+    change("cd");
+    other.join();
+    EXPECT_EQ(shared.GetSize(), 6);
 }
