@@ -22,11 +22,11 @@
 class MHTTPStream : public MTCPClient {
 public:
     struct Request {
-        MString host;
+        MString host = {};
         int port = 80;
-        MString path = "/";    // with its query
-        std::string formData;  // encoded by the caller; not empty: posted
-        std::vector<std::pair<MString, MString>> headers;  // names and values
+        MString path = "/";         // with its query
+        std::string formData = {};  // encoded by the caller; not empty: posted
+        std::vector<std::pair<MString, MString>> headers = {};  // names and values
         int redirects = 0;  // how many are followed; the next one is a reply like any other
         std::int64_t bodyLimit = std::int64_t{64} << 20;
     };

@@ -110,12 +110,11 @@ TEST(ZLibStream, TellsWhatItCannotDo) {
         {{"257 Could not initialize deflating.", [&] { stream.OpenForCompressing(memory, 99); }},
          {"1 Service \"write to stream\" is not implemented.",
           [&] { reader.OpenForDecompressing(memory), WriteAll(reader, "a"); }}});
-    class Full : public MStream {
+    struct Full : MStream {
     } full;  // writing is no service of it
     stream.OpenForCompressing(full, 0);
     EXPECT_NE(Raised([&] { WriteAll(stream, RandomBytes(100000)); }), "nothing");
     EXPECT_NE(Raised([&] { stream.Close(); }), "nothing");
-    EXPECT_FALSE(stream.IsOpen());
 }
 
 TEST(HashStreams, GiveThePublishedValuesOfWhatPasses) {
@@ -155,22 +154,15 @@ TEST(BlowfishStream, GivesThePublishedChain) {
               "6B77B4D63006DEE605B156E27403979358DEB9E7154616D959F1652BD5FF92CC");
 }
 
-TEST(BlowfishStream, TextKeysAreCutAndFilledToTheirLength) {
-    const auto stored = [](const MString& key, int bits) {
-        MMemoryStream memory;
-        MBlowfishStream stream(memory);
-        stream.SetKeyLength(bits);
-        stream.SetKey(key);
-        WriteAll(stream, "block");
-        stream.Close();
-        return Hexa(std::string(reinterpret_cast<const char*>(memory.GetData()), 8));
-    };
-    EXPECT_EQ(stored("a long key", 64), stored("a long k", 0));
-    EXPECT_NE(stored("short", 64), stored("short", 128));
-    const std::string invalid = "2 Invalid crypto key.";
-    ExpectRaised({{invalid, [&] { stored("short", 0); }},
-                  {invalid, [&] { stored("a long key", 60); }},
-                  {invalid, [&] { stored("a long key", 456); }}});
+TEST(BlowfishStream, TextKeysAreCutToTheirLength) {
+    MMemoryStream memory;
+    MBlowfishStream writer(memory), reader(memory);
+    writer.SetKeyLength(64);
+    writer.SetKey("a long key");
+    reader.SetKey("a long k");
+    WriteAll(writer, "a block.");
+    memory.Seek(0, MStream::kFromStart);
+    EXPECT_EQ(ReadAll(reader), "a block.");
 }
 
 TEST(CryptoStreams, RefuseMissingKeysAndBrokenBlocks) {
@@ -187,6 +179,9 @@ TEST(CryptoStreams, RefuseMissingKeysAndBrokenBlocks) {
          {"256 No more data in source stream.", [&] { ReadAll(blowfish, 25); }},
          {"256 Invalid file contents.", [&] { ReadAll(rsa); }},
          {"1 Service \"read from stream\" is not implemented.", [&] { ReadAll(publicOnly); }},
+         {invalid, [&] { blowfish.SetKey("short"); }},
+         {invalid, [&] { blowfish.SetKeyLength(60); }},
+         {invalid, [&] { blowfish.SetKeyLength(456); }},
          {invalid, [&] { rsa.SetPublicKey("no digits", "3"); }},
          {invalid, [&] { rsa.SetPublicKey("35", "3"); }},
          {invalid, [&] { rsa.SetPublicKey("eeeeeeeeeeeeeeeeeeeeeeeeeeeeeeee", "3"); }}});

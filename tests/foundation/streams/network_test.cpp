@@ -4,15 +4,19 @@
 #include <netinet/in.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <list>
 #include <thread>
 
 #include "foundation/streams/bounded_call.h"
 #include "foundation/streams/http_stream.h"
 #include "foundation/streams/stream_support.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -22,24 +26,29 @@ using Clock = std::chrono::steady_clock;
 constexpr std::uint32_t kShort = 300;    // milliseconds of patience where the peer is silent
 constexpr milliseconds kPatience(2000);  // a busy machine needs some; a hang would be longer
 
-// A listening socket, and one peer that does what it is told.
+using Behaviour = std::function<void(int)>;
+
+// A listening socket, and peers that do what they are told, one after the other.
 class Peer {
 public:
-    explicit Peer(const std::function<void(int)>& behaviour = {}, int backlog = 8) {
+    explicit Peer(std::vector<Behaviour> behaviours = {}, int backlog = 8) {
         sockaddr_in address = {};
         socklen_t length = sizeof address;
         listen(listener, backlog);
         getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
         port = ntohs(address.sin_port);
-        if (!behaviour) return;
-        thread = std::thread([this, behaviour] {
-            const int connection = accept(listener, nullptr, nullptr);
-            behaviour(connection);
-            close(connection);
+        thread = std::thread([this, behaviours] {
+            for (const Behaviour& behaviour : behaviours) {
+                const int connection = accept(listener, nullptr, nullptr);
+                if (connection < 0) return;
+                behaviour(connection);
+                close(connection);
+            }
         });
     }
     ~Peer() {
-        if (thread.joinable()) thread.join();
+        shutdown(listener, SHUT_RDWR);  // ends a wait for somebody
+        thread.join();
         close(listener);
     }
 
@@ -79,59 +88,45 @@ std::string ReadSome(MStream& stream, std::int32_t size) {
     return bytes;
 }
 
-class HTTPTest : public testing::Test {
-protected:
-    HTTPTest() { EXPECT_EQ(std::fscanf(server, "%d", &port), 1); }
-    ~HTTPTest() override {
-        Result(RequestFor("/quit"));
-        pclose(server);
-    }
+MHTTPStream::Request RequestFor(int port, const char* path = "/", int redirects = 0) {
+    return {
+        .host = "127.0.0.1", .port = port, .path = path, .redirects = redirects, .bodyLimit = 1000};
+}
 
-    MHTTPStream::Request RequestFor(const char* path, int redirects = 0) const {
-        MHTTPStream::Request request;
-        request.host = "127.0.0.1";
-        request.port = port;
-        request.path = path;
-        request.redirects = redirects;
-        request.bodyLimit = 1000;
-        return request;
-    }
-    // "STATUS BODY", or what was raised, behind what was read before where anything was.
-    std::string Result(const MHTTPStream::Request& request) const {
-        MHTTPStream stream;
-        stream.SetTimeout(timeout);
-        std::string result;
-        const std::string error = Raised([&] {
-            stream.Open(request);
-            result = std::to_string(stream.GetStatus()) + ' ';
-            char byte = 0;
-            while (!stream.IsEnd() && stream.Read(&byte, 1) == 1) result += byte;
-        });
-        EXPECT_TRUE(!result.empty() || !stream.IsOpen());
-        return error == "nothing" ? result : result + error;
-    }
-    // Of a server that says that, does the rest and closes.
-    std::string ResultOf(const std::string& reply,
-                         const std::function<void(int)>& rest = {}) const {
-        const Peer peer([&](int connection) {
-            char request[4096];
-            recv(connection, request, sizeof request, 0);
-            Say(connection, reply);
-            if (rest) rest(connection);
-        });
-        MHTTPStream::Request request = RequestFor("/");
-        request.port = peer.port;
-        return Result(request);
-    }
-    std::string Told(const std::string& path) const {
-        return "200 GET " + path + " HTTP/1.0|Host: 127.0.0.1:" + std::to_string(port) +
-               "|Connection: Close|";
-    }
+// "STATUS BODY", or what was raised, behind what was read before where anything was.
+std::string Result(const MHTTPStream::Request& request, std::uint32_t timeout = 10000) {
+    MHTTPStream stream;
+    stream.SetTimeout(timeout);
+    std::string result;
+    const std::string error = Raised([&] {
+        stream.Open(request);
+        result = std::to_string(stream.GetStatus()) + ' ';
+        char byte = 0;
+        while (!stream.IsEnd() && stream.Read(&byte, 1) == 1) result += byte;
+    });
+    EXPECT_TRUE(!result.empty() || !stream.IsOpen());
+    return error == "nothing" ? result : result + error;
+}
 
-    int port = 0;
-    std::uint32_t timeout = 10000;  // milliseconds; where nobody is silent, time enough
-    std::FILE* const server = popen("'" QUILLOREA_PYTHON "' '" QUILLOREA_HTTP_SERVER "'", "re");
-};
+// A server that says this, does the rest and closes.
+Behaviour Replying(
+    const std::string& reply, const Behaviour& rest = [](int) {}, std::string* request = nullptr) {
+    return [=](int connection) {
+        char bytes[4096];
+        const ssize_t count = recv(connection, bytes, sizeof bytes, 0);
+        if (request != nullptr) request->assign(bytes, static_cast<std::size_t>(count));
+        Say(connection, reply);
+        rest(connection);
+    };
+}
+
+std::string ResultOf(const std::string& reply) {
+    return Result(RequestFor(Peer({Replying(reply)}).port));
+}
+
+std::string ResultOfSilent(const std::string& reply, const Behaviour& rest = AwaitEnd) {
+    return Result(RequestFor(Peer({Replying(reply, rest)}).port), 2 * kShort);
+}
 
 const std::string kNoHeader = "513 Invalid HTTP reply header.";
 const std::string kNoLine = "513 Invalid HTTP reply header line.";
@@ -140,26 +135,16 @@ const std::string kNoMore = "256 No more data in source stream.";
 
 }  // namespace
 
-TEST(Socket, IsRefusedBeforeItIsConnected) {
-    MTCPClient client;
-    char byte = 0;
-    const std::string refused = "512 The network socket stream has not been initialized.";
-    ExpectRaised({{refused, [&] { client.Read(&byte, 0); }},
-                  {refused, [&] { client.Write(&byte, 1); }},
-                  {refused, [&] { client.IsEnd(); }}});
-    EXPECT_FALSE(MNetEntity::GetHostName().IsEmpty());
-}
-
 TEST(Socket, ReadsUntilThePeerClosesOrIsSilentOrTrickles) {
-    Peer answering([](int connection) {
+    Peer answering({[](int connection) {
         char bytes[5];
         recv(connection, bytes, 5, MSG_WAITALL);
         Say(connection, std::string(bytes, 5));
         std::this_thread::sleep_for(milliseconds(20));
         Say(connection, " again");
-    });
-    Peer silent([](int connection) { Say(connection, "abc"), AwaitEnd(connection); });
-    Peer trickling(Trickle);
+    }});
+    Peer silent({[](int connection) { Say(connection, "abc"), AwaitEnd(connection); }});
+    Peer trickling({Trickle});
     Client client(answering.port), impatient(silent.port), slow(trickling.port);
     WriteAll(client, "hello");
     EXPECT_EQ(ReadSome(client, 0) + ReadSome(client, 7), "hello a");
@@ -177,14 +162,14 @@ TEST(Socket, ReadsUntilThePeerClosesOrIsSilentOrTrickles) {
 
 TEST(Socket, WritingTellsHowItFailed) {
     {
-        Peer lazy([](int connection) {
+        Peer lazy({[](int connection) {
             std::this_thread::sleep_for(milliseconds(4 * kShort)), AwaitEnd(connection);
-        });
+        }});
         Client client(lazy.port);
         EXPECT_EQ(Raised([&] { WriteAll(client, std::string(32 << 20, 'x')); }),
                   "512 Not all data have been sent.");
     }
-    Peer gone([](int) {});
+    Peer gone({[](int) {}});
     Client client(gone.port);
     const auto writeOn = [&] {
         for (int i = 0; i < 100; ++i, std::this_thread::sleep_for(milliseconds(10)))
@@ -198,6 +183,7 @@ TEST(Socket, WritingTellsHowItFailed) {
 }
 
 TEST(TCPClient, TellsWhyItCouldNotConnect) {
+    EXPECT_FALSE(MNetEntity::GetHostName().IsEmpty());
     const auto refused = [](int port, int code) {
         return "512 Could not connect to a TCP server (host localhost, port " +
                std::to_string(port) + ", code " + std::to_string(code) + ").";
@@ -205,8 +191,13 @@ TEST(TCPClient, TellsWhyItCouldNotConnect) {
     const int closed = Peer().port;
     Peer full({}, 0);  // its queue takes one or two, further ones get no answer
     std::list<Client> waiting;
+    MTCPClient fresh;
+    const std::string unready = "512 The network socket stream has not been initialized.";
     const auto start = Clock::now();
-    ExpectRaised({{"512 Could not resolve network name \"no.such.host.invalid\".",
+    ExpectRaised({{unready, [&] { ReadSome(fresh, 0); }},
+                  {unready, [&] { WriteAll(fresh, "x"); }},
+                  {unready, [&] { fresh.IsEnd(); }},
+                  {"512 Could not resolve network name \"no.such.host.invalid\".",
                    [] { Client(80, "no.such.host.invalid"); }},
                   {refused(closed, ECONNREFUSED), [&] { waiting.emplace_back(closed); }},
                   {refused(full.port, ETIMEDOUT), [&] {
@@ -231,83 +222,111 @@ TEST(BoundedCall, GivesUpOnWorkThatTakesTooLong) {
     EXPECT_EQ(ResultInTime(slow, milliseconds(600) + kPatience), 1);
 }
 
-TEST_F(HTTPTest, TheServerGetsTheRequestAndTheClientTheReply) {
+TEST(HTTPStream, SendsTheRequestAndGivesTheReply) {
+    std::string get, post;
+    const std::string reply = "HTTP/1.0 200 OK\nX-Padded:  middle of it \t\r\n";
+    const Peer peer({Replying(
+                         reply + "Content-LENGTH: 5\n\nhello", [](int) {}, &get),
+                     Replying(
+                         reply + "\n", [](int) {}, &post)});
+    const std::string common =
+        "Host: 127.0.0.1:" + std::to_string(peer.port) + "\nConnection: Close\n";
     MHTTPStream stream;
-    MHTTPStream::Request request = RequestFor("/a b?\xc3\xbc=%20");
-    request.path = MString::FromUtf8("/a b?\xc3\xbc=%20");
+    MHTTPStream::Request request = RequestFor(peer.port);
+    request.path = u"/a b?\u00fc=%20";
     request.headers = {{"X-One", "1\r\nX-Bad: 2"}, {"X-Two", "two"}};
     stream.Open(request);
-    EXPECT_EQ(stream.GetHeader("content-LENGTH"), MString::FromInt(stream.GetSize()));
+    EXPECT_EQ(get,
+              "GET /a%20b?%C3%BC=%20 HTTP/1.0\n" + common + "X-One: 1  X-Bad: 2\nX-Two: two\n\n");
     EXPECT_EQ(stream.GetHeader("x-padded"), "middle of it");
     EXPECT_EQ(Raised([&] { stream.GetHeader("X-None"); }), "513 Requested HTTP header not found.");
-    EXPECT_EQ("200 " + ReadAll(stream, 7),
-              Told("/a%20b?%C3%BC=%20") + "X-One: 1  X-Bad: 2|X-Two: two|");
-    EXPECT_TRUE(stream.IsEnd() && stream.GetPosition() == stream.GetSize());
-    request = RequestFor("");
-    request.host = "localhost";
+    EXPECT_EQ(ReadAll(stream, 2), "hello");
+    EXPECT_TRUE(stream.IsEnd() && stream.GetPosition() == 5 && stream.GetSize() == 5);
+    request = RequestFor(peer.port, "");
     request.formData = "a=1&b=2";
-    EXPECT_EQ(Result(request),
-              "200 POST / HTTP/1.0|Content-Type: application/x-www-form-urlencoded|Content-Length: "
-              "7|Host: localhost:" +
-                  std::to_string(port) + "|Connection: Close|a=1&b=2");
+    EXPECT_EQ(Result(request), "200 ");
+    EXPECT_EQ(post,
+              "POST / HTTP/1.0\nContent-Type: application/x-www-form-urlencoded\n"
+              "Content-Length: 7\n" +
+                  common + "\na=1&b=2");
 }
 
-TEST_F(HTTPTest, RedirectsAreFollowedWithinTheBudget) {
-    const struct {
-        std::string path;
-        int budget;
-        std::string expected;
-    } kCases[] = {
-        {"/dir/to?/plain", 1, Told("/plain")},   {"/dir/to?plain%3Fq", 1, Told("/dir/plain?q")},
-        {"/dir/to?../plain", 1, Told("/plain")}, {"/to?/to%3F/plain", 2, Told("/plain")},
-        {"/to?/to%3F/plain", 1, "302 "},         {"/to?/plain", 0, "302 "},
-        {"/to?to%3Fto", 5, Told("/to")},         {"/to?https://localhost/", 5, "302 "},
-        {"/to?http://a%20b/", 5, kNoLine},
+TEST(HTTPStream, ReadsFromPythonsServer) {
+    const TestFolder folder;
+    folder.SetContent("plain", "hello");
+    fs::create_directory(folder.path / "dir");
+    folder.SetContent("dir/index.html", "index");
+    int pipes[2];
+    ASSERT_EQ(pipe2(pipes, O_CLOEXEC), 0);
+    const pid_t server = fork();
+    if (server == 0) {
+        dup2(pipes[1], STDOUT_FILENO);
+        dup2(pipes[1], STDERR_FILENO);
+        execl(QUILLOREA_PYTHON, "python3", "-um", "http.server", "0", "-b", "127.0.0.1", "-d",
+              folder.path.c_str(), nullptr);
+        _exit(127);
+    }
+    int port = 0;
+    EXPECT_EQ(std::fscanf(fdopen(pipes[0], "r"), "Serving HTTP on 127.0.0.1 port %d", &port), 1);
+    EXPECT_EQ(Result(RequestFor(port, "/plain")), "200 hello");
+    EXPECT_EQ(Result(RequestFor(port, "/dir", 1)), "200 index");
+    EXPECT_EQ(Result(RequestFor(port, "/dir")), "301 ");
+    EXPECT_EQ(Result(RequestFor(port, "/none")).substr(0, 4), "404 ");
+    kill(server, SIGTERM);
+    waitpid(server, nullptr, 0);
+}
+
+TEST(HTTPStream, FollowsRedirectsWithinTheBudget) {
+    const auto found = [](const std::string& location) {
+        return Replying("HTTP/1.0 302 Found\r\nLocation: " + location + "\r\n\r\n");
     };
-    for (const auto& redirect : kCases)
-        EXPECT_EQ(Result(RequestFor(redirect.path.c_str(), redirect.budget)), redirect.expected)
-            << redirect.path << ' ' << redirect.budget;
-    const std::string other = "/to?http://127.0.0.1:" + std::to_string(port) + "/dir/c%23part";
-    EXPECT_EQ(Result(RequestFor(other.c_str(), 1)), Told("/dir/c"));
+    std::string request;
+    const Peer relative({found("../plain"), Replying(
+                                                "HTTP/1.0 200\n\nend", [](int) {}, &request)});
+    EXPECT_EQ(Result(RequestFor(relative.port, "/a/b/to", 1)), "200 end");
+    EXPECT_EQ(request.find("GET /a/plain HTTP/1.0\nHost: 127.0.0.1:"), 0u);
+    const Peer end({Replying("HTTP/1.0 200\n\nother")});
+    const std::string other = "HTTP://localhost:" + std::to_string(end.port) + "/a#b";
+    const Peer loop({found("/a"), found("/a"), found("/a"), found("https://localhost"),
+                     found("http://a b/"), Replying("HTTP/1.0 302\n\n"), found(other)});
+    const char* const kResults[] = {"302 ", "302 ", "513 Invalid HTTP reply header line.",
+                                    "513 Requested HTTP header not found.", "200 other"};
+    for (const char* const expected : kResults)
+        EXPECT_EQ(Result(RequestFor(loop.port, "/a", 2)), expected);
 }
 
-TEST_F(HTTPTest, BrokenRepliesAreToldAndBounded) {
+TEST(HTTPStream, BrokenRepliesAreToldAndBounded) {
     const std::string ok = "HTTP/1.0 200 OK\r\n", body(1000, 'y'), text(16376, 'z');
     const std::string line = "A: " + text.substr(0, 8188) + '\n';  // 8 KiB
     const std::string lines = line + line + line + line + line + line + line;
+    for (const std::string& bad :
+         {std::string(), std::string("HTTP/1.0\r\n\r\n"), std::string("SSH-2.0-server 200\r\n\r\n"),
+          std::string("HTTP/1.0 2x0 OK\r\n\r\n"), std::string("HTTP/1.0 99 OK\r\n\r\n"),
+          ok + "Content-Length: 4\r\n", ok + "A: 1234" + text + "\n\n", ok + lines + line + "\n"})
+        EXPECT_EQ(ResultOf(bad), kNoHeader) << bad.substr(0, 100);
+    for (const char* const bad : {"no colon", ": value", "Content-Length: -1",
+                                  "Content-Length: ", "Content-Length: 99999999999999999999"})
+        EXPECT_EQ(ResultOf(ok + bad + "\r\n\r\n"), kNoLine) << bad;
     const std::pair<std::string, std::string> kCases[] = {
-        {"", kNoHeader},
-        {"HTTP/1.0\r\n\r\n", kNoHeader},
-        {"SSH-2.0-server 200\r\n\r\n", kNoHeader},
-        {"HTTP/1.0 2x0 OK\r\n\r\n", kNoHeader},
-        {"HTTP/1.0 99 OK\r\n\r\n", kNoHeader},
         {"HTTP/1.1 204\n\n", "204 "},
-        {ok + "no colon here\r\n\r\n", kNoLine},
-        {ok + ": value\r\n\r\n", kNoLine},
-        {ok + "Content-Length: 4\r\n", kNoHeader},
-        {ok + "Content-Length: -1\r\n\r\n", kNoLine},
-        {ok + "Content-Length: 99999999999999999999\r\n\r\n", kNoLine},
         {ok + "Content-Length: 10\r\n\r\nhalf", "200 half" + kNoMore},
         {ok + "Content-Length: 1001\r\n\r\n", kNoBody},
         {ok + "CONTENT-LENGTH: 3\r\n\r\nall and more", "200 all"},
         {ok + "\r\n" + body, "200 " + body},
         {ok + "\r\n" + body + "y", "200 " + body + kNoBody},
         {ok + "A: 123" + text + "\r\n\r\nbody", "200 body"},
-        {ok + "A: 1234" + text + "\r\n\r\nbody", kNoHeader},
-        {ok + lines + "\nbody", "200 body"},
-        {ok + lines + line + "\nbody", kNoHeader}};
+        {ok + lines + "\nbody", "200 body"}};
     for (const auto& [reply, expected] : kCases)
         EXPECT_EQ(ResultOf(reply), expected) << reply.substr(0, 100);
 }
 
-TEST_F(HTTPTest, ASilentServerIsGivenUp) {
+TEST(HTTPStream, GivesUpASilentServer) {
     const std::string ok = "HTTP/1.0 200 OK\r\n";
-    timeout = 2 * kShort;
     const auto start = Clock::now();
-    EXPECT_EQ(ResultOf("", AwaitEnd), kNoHeader);
-    EXPECT_EQ(ResultOf(ok, AwaitEnd), kNoHeader);
-    EXPECT_EQ(ResultOf(ok + "A: ", Trickle), kNoHeader);
-    EXPECT_EQ(ResultOf(ok + "\r\nsome", AwaitEnd), "200 some" + kNoMore);
-    EXPECT_EQ(ResultOf(ok + "Content-Length: 10\r\n\r\nsome", AwaitEnd), "200 some" + kNoMore);
+    EXPECT_EQ(ResultOfSilent(""), kNoHeader);
+    EXPECT_EQ(ResultOfSilent(ok), kNoHeader);
+    EXPECT_EQ(ResultOfSilent(ok + "A: ", Trickle), kNoHeader);
+    EXPECT_EQ(ResultOfSilent(ok + "\r\nsome"), "200 some" + kNoMore);
+    EXPECT_EQ(ResultOfSilent(ok + "Content-Length: 10\r\n\r\nsome"), "200 some" + kNoMore);
     EXPECT_LT(Clock::now() - start, milliseconds(10 * kShort) + kPatience);
 }
