@@ -53,7 +53,7 @@ void CountBytes(benchmark::State& state, const std::string& bytes) {
 
 void XmlRead(benchmark::State& state) {
     const std::string bytes = Saved(state.range(0) != 0);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         MMemoryStream stream(bytes.data(), static_cast<std::int32_t>(bytes.size()));
         MXMLDocument document;
         document.Load(stream);
@@ -64,7 +64,7 @@ void XmlRead(benchmark::State& state) {
 
 void XmlWrite(benchmark::State& state) {
     const bool compact = state.range(0) != 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         MMemoryStream stream;
         State().Save(stream, compact, "utf-8");
         benchmark::DoNotOptimize(stream);
@@ -105,7 +105,7 @@ void XMLCALL OnText(void* user, const XML_Char* text, int length) {
 
 void ExpatRead(benchmark::State& state) {
     const std::string bytes = Saved(state.range(0) != 0);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         ExpatTree tree;
         const XML_Parser parser = XML_ParserCreate(nullptr);
         XML_SetUserData(parser, &tree);

@@ -14,7 +14,7 @@ MAttributePair* MAttributeList::Find(const MString& name) const {
 void MAttributeList::Add(MString name, MString value) {
     std::unique_ptr<MAttributePair> pair(new MAttributePair{std::move(name), std::move(value)});
     pairs.Add(pair.get());
-    pair.release();
+    static_cast<void>(pair.release());  // the list owns it now
 }
 
 void MAttributeList::Set(const MString& name, const MString& value) {

@@ -19,7 +19,7 @@ inline constexpr auto kXmlCharacters = [] {
     for (int unit = 0; unit <= ' '; ++unit)
         classes[static_cast<std::size_t>(unit)] = XmlCharacter::White;
     for (const char special : {'<', '>', '"', '/', '!', '='})
-        classes[static_cast<std::size_t>(special)] = XmlCharacter::Special;
+        classes[static_cast<unsigned char>(special)] = XmlCharacter::Special;
     return classes;
 }();
 

@@ -6,7 +6,7 @@
 
 #include "foundation/module/resource_container.h"
 #include "foundation/streams/std_file_stream.h"
-#include "foundation/text/exception.h"
+#include "foundation/xml/xml_support.h"
 
 // A container, byte by byte: two sizes, the directory, the data.
 inline std::string ContainerBytes(std::string_view resources, std::string_view data) {
@@ -17,10 +17,6 @@ inline std::string ContainerBytes(std::string_view resources, std::string_view d
         for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(size >> shift);
     }
     return bytes.append(xml).append(data);
-}
-
-inline MMemoryStream StreamOver(std::string_view bytes) {
-    return {bytes.data(), static_cast<std::int32_t>(bytes.size())};
 }
 
 // In small reads, as most users read.
@@ -36,15 +32,4 @@ inline void WriteFile(const std::string& path, std::string_view bytes) {
     MStdFileStream file(MString::FromUtf8(path), MStdFileStream::Mode::Write);
     file.Write(bytes.data(), static_cast<std::int32_t>(bytes.size()));
     file.Close();
-}
-
-// "" where nothing is raised, else the code and the text.
-template <typename Action>
-std::string RaisedBy(Action action) {
-    try {
-        action();
-    } catch (const MException& error) {
-        return std::to_string(error.code) + " " + error.what();
-    }
-    return "";
 }

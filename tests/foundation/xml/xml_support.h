@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <fstream>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -67,4 +70,30 @@ inline std::string Describe(const MAttribute& root) {
         },
         [&](const MAttribute&) { text += ')'; });
     return text;
+}
+
+inline std::string Unescape(const std::string& text) {
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const std::size_t kind = text[i] == '\\' ? std::string("ntr0x").find(text[i + 1]) : 5;
+        plain += kind < 4 ? "\n\t\r\0"[kind] : text[i];
+        if (kind == 4)
+            plain.back() = static_cast<char>(std::stoi(text.substr(i + 2, 2), nullptr, 16));
+        if (kind <= 4) i += kind == 4 ? 3 : 1;
+    }
+    return plain;
+}
+
+// Each line of a file: what is given, a tab, what comes of it. How many there were.
+template <typename Action>
+int CheckCases(const char* path, Action action) {
+    std::ifstream cases(path);
+    int count = 0;
+    for (std::string line; std::getline(cases, line);) {
+        if (line.starts_with('#')) continue;
+        const std::size_t tab = line.find('\t');
+        EXPECT_EQ(action(Unescape(line.substr(0, tab))), Unescape(line.substr(tab + 1))) << line;
+        ++count;
+    }
+    return count;
 }
