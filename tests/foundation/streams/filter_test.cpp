@@ -23,12 +23,12 @@ std::string Unhexa(const std::string& digits, std::int32_t part = 1000) {
     return ReadAll(hexa, part);
 }
 
-std::string Compressed(const std::string& plain, std::int32_t part) {
+std::string Compressed(const std::string& plain) {
     MMemoryStream memory;
     MZLibStream packed;
     packed.OpenForCompressing(memory);
-    for (std::size_t i = 0; i < plain.size(); i += static_cast<std::size_t>(part))
-        WriteAll(packed, plain.substr(i, static_cast<std::size_t>(part)));
+    WriteAll(packed, plain.substr(0, 3000));
+    if (plain.size() > 3000) WriteAll(packed, plain.substr(3000));
     EXPECT_EQ(packed.GetPosition(), static_cast<std::int64_t>(plain.size()));
     packed.Close();
     memory.Seek(0, MStream::kFromStart);
@@ -47,9 +47,8 @@ std::string Unpacked(const std::string& packed, std::int32_t part = 1000) {
 
 // Unpacks what was packed here, and packs it for the way back.
 constexpr const char* kPython =
-    "import zlib\n"
-    "plain = open(\"plain\", \"rb\").read()\n"
-    "assert zlib.decompress(open(\"packed\", \"rb\").read()) == plain\n"
+    "import zlib; plain = open(\"plain\", \"rb\").read(); "
+    "assert zlib.decompress(open(\"packed\", \"rb\").read()) == plain; "
     "open(\"theirs\", \"wb\").write(zlib.compress(plain))";
 
 }  // namespace
@@ -57,8 +56,7 @@ constexpr const char* kPython =
 TEST(HexaStream, DigitsAreUpperCaseInAndEitherCaseOut) {
     EXPECT_EQ(Hexa(std::string("\x00\x7f\xab\xff", 4)), "007FABFF");
     const std::string bytes = RandomBytes(1000);
-    for (const std::int32_t part : {1, 63, 64, 65, 1000})
-        EXPECT_EQ(Unhexa(Hexa(bytes), part), bytes);
+    for (const int part : {1, 63, 64, 65}) EXPECT_EQ(Unhexa(Hexa(bytes), part), bytes);
     EXPECT_EQ(Unhexa("aBcD4"), "\xab\xcd");
     for (const char* const bad : {"0G", "0/", "0:", "@0", "`0", "g0", "0 "})
         EXPECT_EQ(Raised([&] { Unhexa(bad); }),
@@ -69,7 +67,7 @@ TEST(ZLibStream, PythonReadsWhatIsWrittenAndTheOtherWayRound) {
     const TestFolder folder;
     for (const std::string& plain : {std::string(), std::string(100000, 'a'), RandomBytes(50000)}) {
         folder.SetContent("plain", plain);
-        folder.SetContent("packed", Compressed(plain, 3000));
+        folder.SetContent("packed", Compressed(plain));
         const std::string python =
             "cd " + folder.path.string() + " && '" QUILLOREA_PYTHON "' -c '" + kPython + "'";
         ASSERT_EQ(std::system(python.c_str()), 0);  // NOLINT(concurrency-mt-unsafe)
@@ -79,7 +77,7 @@ TEST(ZLibStream, PythonReadsWhatIsWrittenAndTheOtherWayRound) {
 }
 
 TEST(ZLibStream, ClosesQuietlyOnceAllPlainBytesAreRead) {
-    const std::string packed = Compressed("twelve bytes", 12) + "behind";
+    const std::string packed = Compressed("twelve bytes") + "behind";
     MMemoryStream memory = Over(packed);
     MZLibStream stream;
     stream.OpenForDecompressing(memory);
@@ -92,7 +90,7 @@ TEST(ZLibStream, ClosesQuietlyOnceAllPlainBytesAreRead) {
 }
 
 TEST(ZLibStream, BrokenAndUnfinishedDataRaise) {
-    const std::string packed = Compressed(RandomBytes(9000), 9000);
+    const std::string packed = Compressed(RandomBytes(9000));
     std::string flipped = packed, wrongSum = packed;
     flipped[0] = 'x' ^ 1;
     wrongSum.back() = static_cast<char>(wrongSum.back() ^ 1);
@@ -152,17 +150,6 @@ TEST(BlowfishStream, GivesThePublishedChain) {
     memory.Seek(0, MStream::kFromStart);
     EXPECT_EQ(Hexa(ReadAll(memory)),
               "6B77B4D63006DEE605B156E27403979358DEB9E7154616D959F1652BD5FF92CC");
-}
-
-TEST(BlowfishStream, TextKeysAreCutToTheirLength) {
-    MMemoryStream memory;
-    MBlowfishStream writer(memory), reader(memory);
-    writer.SetKeyLength(64);
-    writer.SetKey("a long key");
-    reader.SetKey("a long k");
-    WriteAll(writer, "a block.");
-    memory.Seek(0, MStream::kFromStart);
-    EXPECT_EQ(ReadAll(reader), "a block.");
 }
 
 TEST(CryptoStreams, RefuseMissingKeysAndBrokenBlocks) {

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <csignal>
 #include <list>
+#include <memory>
 #include <thread>
 
 #include "foundation/streams/bounded_call.h"
@@ -68,6 +69,8 @@ void Trickle(int connection) {
         std::this_thread::sleep_for(milliseconds(20));
 }
 
+void DoNothing(int) {}
+
 // Until the other side closes.
 void AwaitEnd(int connection) {
     char bytes[4096];
@@ -109,8 +112,8 @@ std::string Result(const MHTTPStream::Request& request, std::uint32_t timeout = 
 }
 
 // A server that says this, does the rest and closes.
-Behaviour Replying(
-    const std::string& reply, const Behaviour& rest = [](int) {}, std::string* request = nullptr) {
+Behaviour Replying(const std::string& reply, const Behaviour& rest = DoNothing,
+                   std::string* request = nullptr) {
     return [=](int connection) {
         char bytes[4096];
         const ssize_t count = recv(connection, bytes, sizeof bytes, 0);
@@ -120,12 +123,8 @@ Behaviour Replying(
     };
 }
 
-std::string ResultOf(const std::string& reply) {
-    return Result(RequestFor(Peer({Replying(reply)}).port));
-}
-
-std::string ResultOfSilent(const std::string& reply, const Behaviour& rest = AwaitEnd) {
-    return Result(RequestFor(Peer({Replying(reply, rest)}).port), 2 * kShort);
+std::string ResultOf(const std::string& reply, const Behaviour& rest = DoNothing) {
+    return Result(RequestFor(Peer({Replying(reply, rest)}).port), 3 * kShort);
 }
 
 const std::string kNoHeader = "513 Invalid HTTP reply header.";
@@ -157,7 +156,6 @@ TEST(Socket, ReadsUntilThePeerClosesOrIsSilentOrTrickles) {
     EXPECT_LT(ReadSome(slow, 200).size(), 200u);
     EXPECT_GE(Clock::now() - start, milliseconds(3 * kShort));
     EXPECT_LT(Clock::now() - start, 3 * milliseconds(kShort) + kPatience);
-    for (Client* const closed : {&client, &impatient, &slow}) closed->Close();
 }
 
 TEST(Socket, WritingTellsHowItFailed) {
@@ -213,42 +211,36 @@ TEST(TCPClient, TellsWhyItCouldNotConnect) {
 
 TEST(BoundedCall, GivesUpOnWorkThatTakesTooLong) {
     const auto start = Clock::now();
-    const auto slow = [] {
-        std::this_thread::sleep_for(milliseconds(600));
-        return 1;
-    };
-    EXPECT_FALSE(ResultInTime(slow, milliseconds(20)));
-    EXPECT_LT(Clock::now() - start, milliseconds(600));
+    const auto slow = [] { return std::this_thread::sleep_for(milliseconds(600)), 1; };
+    EXPECT_FALSE(ResultInTime(slow, milliseconds(20)) || Clock::now() - start > milliseconds(500));
     EXPECT_EQ(ResultInTime(slow, milliseconds(600) + kPatience), 1);
 }
 
 TEST(HTTPStream, SendsTheRequestAndGivesTheReply) {
     std::string get, post;
     const std::string reply = "HTTP/1.0 200 OK\nX-Padded:  middle of it \t\r\n";
-    const Peer peer({Replying(
-                         reply + "Content-LENGTH: 5\n\nhello", [](int) {}, &get),
-                     Replying(
-                         reply + "\n", [](int) {}, &post)});
-    const std::string common =
-        "Host: 127.0.0.1:" + std::to_string(peer.port) + "\nConnection: Close\n";
+    auto peer = std::make_unique<Peer>(
+        std::vector{Replying(reply + "Content-LENGTH: 5\n\nhello", DoNothing, &get),
+                    Replying(reply + "\n", DoNothing, &post)});
     MHTTPStream stream;
-    MHTTPStream::Request request = RequestFor(peer.port);
+    MHTTPStream::Request request = RequestFor(peer->port);
     request.path = u"/a b?\u00fc=%20";
     request.headers = {{"X-One", "1\r\nX-Bad: 2"}, {"X-Two", "two"}};
     stream.Open(request);
-    EXPECT_EQ(get,
-              "GET /a%20b?%C3%BC=%20 HTTP/1.0\n" + common + "X-One: 1  X-Bad: 2\nX-Two: two\n\n");
     EXPECT_EQ(stream.GetHeader("x-padded"), "middle of it");
     EXPECT_EQ(Raised([&] { stream.GetHeader("X-None"); }), "513 Requested HTTP header not found.");
     EXPECT_EQ(ReadAll(stream, 2), "hello");
     EXPECT_TRUE(stream.IsEnd() && stream.GetPosition() == 5 && stream.GetSize() == 5);
-    request = RequestFor(peer.port, "");
+    request = RequestFor(peer->port, "");
     request.formData = "a=1&b=2";
     EXPECT_EQ(Result(request), "200 ");
-    EXPECT_EQ(post,
-              "POST / HTTP/1.0\nContent-Type: application/x-www-form-urlencoded\n"
-              "Content-Length: 7\n" +
-                  common + "\na=1&b=2");
+    peer.reset();
+    const std::string common =
+        "Host: 127.0.0.1:" + std::to_string(request.port) + "\nConnection: Close\n";
+    const std::string form = "Content-Type: application/x-www-form-urlencoded\nContent-Length: 7\n";
+    EXPECT_EQ(get,
+              "GET /a%20b?%C3%BC=%20 HTTP/1.0\n" + common + "X-One: 1  X-Bad: 2\nX-Two: two\n\n");
+    EXPECT_EQ(post, "POST / HTTP/1.0\n" + form + common + "\na=1&b=2");
 }
 
 TEST(HTTPStream, ReadsFromPythonsServer) {
@@ -271,7 +263,6 @@ TEST(HTTPStream, ReadsFromPythonsServer) {
     EXPECT_EQ(Result(RequestFor(port, "/plain")), "200 hello");
     EXPECT_EQ(Result(RequestFor(port, "/dir", 1)), "200 index");
     EXPECT_EQ(Result(RequestFor(port, "/dir")), "301 ");
-    EXPECT_EQ(Result(RequestFor(port, "/none")).substr(0, 4), "404 ");
     kill(server, SIGTERM);
     waitpid(server, nullptr, 0);
 }
@@ -281,9 +272,8 @@ TEST(HTTPStream, FollowsRedirectsWithinTheBudget) {
         return Replying("HTTP/1.0 302 Found\r\nLocation: " + location + "\r\n\r\n");
     };
     std::string request;
-    const Peer relative({found("../plain"), Replying(
-                                                "HTTP/1.0 200\n\nend", [](int) {}, &request)});
-    EXPECT_EQ(Result(RequestFor(relative.port, "/a/b/to", 1)), "200 end");
+    const Behaviour last = Replying("HTTP/1.0 200\n\nend", DoNothing, &request);
+    EXPECT_EQ(Result(RequestFor(Peer({found("../plain"), last}).port, "/a/b/to", 1)), "200 end");
     EXPECT_EQ(request.find("GET /a/plain HTTP/1.0\nHost: 127.0.0.1:"), 0u);
     const Peer end({Replying("HTTP/1.0 200\n\nother")});
     const std::string other = "HTTP://localhost:" + std::to_string(end.port) + "/a#b";
@@ -299,16 +289,17 @@ TEST(HTTPStream, BrokenRepliesAreToldAndBounded) {
     const std::string ok = "HTTP/1.0 200 OK\r\n", body(1000, 'y'), text(16376, 'z');
     const std::string line = "A: " + text.substr(0, 8188) + '\n';  // 8 KiB
     const std::string lines = line + line + line + line + line + line + line;
-    for (const std::string& bad :
-         {std::string(), std::string("HTTP/1.0\r\n\r\n"), std::string("SSH-2.0-server 200\r\n\r\n"),
-          std::string("HTTP/1.0 2x0 OK\r\n\r\n"), std::string("HTTP/1.0 99 OK\r\n\r\n"),
-          ok + "Content-Length: 4\r\n", ok + "A: 1234" + text + "\n\n", ok + lines + line + "\n"})
-        EXPECT_EQ(ResultOf(bad), kNoHeader) << bad.substr(0, 100);
+    for (const char* const bad : {"", "HTTP/1.0\r\n\r\n", "SSH-2.0-server 200\r\n\r\n",
+                                  "HTTP/1.0 2x0 OK\r\n\r\n", "HTTP/1.0 99 OK\r\n\r\n"})
+        EXPECT_EQ(ResultOf(bad), kNoHeader) << bad;
     for (const char* const bad : {"no colon", ": value", "Content-Length: -1",
                                   "Content-Length: ", "Content-Length: 99999999999999999999"})
         EXPECT_EQ(ResultOf(ok + bad + "\r\n\r\n"), kNoLine) << bad;
     const std::pair<std::string, std::string> kCases[] = {
         {"HTTP/1.1 204\n\n", "204 "},
+        {ok + "Content-Length: 4\r\n", kNoHeader},
+        {ok + "A: 1234" + text + "\n\n", kNoHeader},
+        {ok + lines + line + "\n", kNoHeader},
         {ok + "Content-Length: 10\r\n\r\nhalf", "200 half" + kNoMore},
         {ok + "Content-Length: 1001\r\n\r\n", kNoBody},
         {ok + "CONTENT-LENGTH: 3\r\n\r\nall and more", "200 all"},
@@ -323,10 +314,10 @@ TEST(HTTPStream, BrokenRepliesAreToldAndBounded) {
 TEST(HTTPStream, GivesUpASilentServer) {
     const std::string ok = "HTTP/1.0 200 OK\r\n";
     const auto start = Clock::now();
-    EXPECT_EQ(ResultOfSilent(""), kNoHeader);
-    EXPECT_EQ(ResultOfSilent(ok), kNoHeader);
-    EXPECT_EQ(ResultOfSilent(ok + "A: ", Trickle), kNoHeader);
-    EXPECT_EQ(ResultOfSilent(ok + "\r\nsome"), "200 some" + kNoMore);
-    EXPECT_EQ(ResultOfSilent(ok + "Content-Length: 10\r\n\r\nsome"), "200 some" + kNoMore);
-    EXPECT_LT(Clock::now() - start, milliseconds(10 * kShort) + kPatience);
+    EXPECT_EQ(ResultOf("", AwaitEnd), kNoHeader);
+    EXPECT_EQ(ResultOf(ok, AwaitEnd), kNoHeader);
+    EXPECT_EQ(ResultOf(ok + "A: ", Trickle), kNoHeader);
+    EXPECT_EQ(ResultOf(ok + "\r\nsome", AwaitEnd), "200 some" + kNoMore);
+    EXPECT_EQ(ResultOf(ok + "Content-Length: 10\r\n\r\nsome", AwaitEnd), "200 some" + kNoMore);
+    EXPECT_LT(Clock::now() - start, milliseconds(15 * kShort) + kPatience);
 }

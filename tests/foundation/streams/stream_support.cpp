@@ -20,7 +20,7 @@ std::string Raised(const std::function<void()>& action) {
 }
 
 void ExpectRaised(const std::vector<Failure>& failures) {
-    for (const Failure& failure : failures) EXPECT_EQ(Raised(failure.action), failure.expected);
+    for (const auto& [expected, action] : failures) EXPECT_EQ(Raised(action), expected);
 }
 
 bool HoldsInChild(const std::function<bool()>& check) {
@@ -78,8 +78,4 @@ std::string TestFolder::Content(const char* name) const {
 
 void TestFolder::SetContent(const char* name, const std::string& bytes) const {
     std::ofstream(path / name, std::ios::binary) << bytes;
-}
-
-std::ptrdiff_t TestFolder::Count() const {
-    return std::distance(fs::directory_iterator(path), fs::directory_iterator());
 }

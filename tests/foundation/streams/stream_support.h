@@ -14,12 +14,9 @@
 // "CODE TEXT" of the MException that the action raises, else "nothing".
 std::string Raised(const std::function<void()>& action);
 
-struct Failure {
-    std::string expected;
-    std::function<void()> action;
-};
+// "CODE TEXT", and what raises it.
+using Failure = std::pair<std::string, std::function<void()>>;
 
-// Each action raises what is expected.
 void ExpectRaised(const std::vector<Failure>& failures);
 
 // In a process of its own, where limits and rights may change. Whether it gave true.
@@ -44,8 +41,6 @@ public:
     std::string Path(const char* name) const { return (path / name).string(); }
     std::string Content(const char* name) const;
     void SetContent(const char* name, const std::string& bytes) const;
-    // How many files are there.
-    std::ptrdiff_t Count() const;
 
     const std::filesystem::path path;
 };
