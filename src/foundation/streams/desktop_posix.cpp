@@ -28,8 +28,10 @@ std::string FindProgram(const std::string& name) {
     const char* const folders = std::getenv("PATH");  // NOLINT(concurrency-mt-unsafe)
     std::istringstream list(folders != nullptr ? folders : "/usr/local/bin:/usr/bin:/bin");
     for (std::string folder; std::getline(list, folder, ':');) {
-        const std::string path = folder + '/' + name;
-        if (!folder.empty() && IsProgram(path)) return path;
+        if (folder.empty()) continue;
+        std::string path = folder;
+        path.append("/").append(name);
+        if (IsProgram(path)) return path;
     }
     return {};
 }
@@ -42,7 +44,7 @@ void DetachFromProcess() {
     for (int signal = 1; signal < NSIG; ++signal) sigaction(signal, &standard, nullptr);
     sigset_t none;
     sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr);
     const int nowhere = open("/dev/null", O_RDWR);
     for (int descriptor = 0; descriptor <= 2; ++descriptor) dup2(nowhere, descriptor);
 }

@@ -44,7 +44,7 @@ public:
     const MString& GetHeader(const MString& name) const { return reply.GetHeader(name); }
 
     // Only Open sends.
-    void Write(const void* buffer, std::int32_t size) override { MStream::Write(buffer, size); }
+    void Write(const void*, std::int32_t) override { RaiseUnsupportedService("write to stream"); }
     // Where the peer ends before the announced length, or is silent for too long: what has come,
     // and with the next call "No more data in source stream.".
     std::int32_t Read(void* buffer, std::int32_t size) override;

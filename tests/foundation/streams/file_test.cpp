@@ -141,15 +141,16 @@ TEST(File, ProgramsAreStartedWithTheirTargetAndWithoutAShell) {
     folder.SetContent("-a file", "");
     const auto opened = [&](const std::function<void()>& call) {
         EXPECT_TRUE(HoldsInChild([&] {
-            setenv("PATH", "/nowhere", 1);
+            setenv("PATH", "/nowhere", 1);  // NOLINT(concurrency-mt-unsafe)
             EXPECT_EQ(Raised([] { MFile::ExecuteWWW("a"); }), "0 Could not execute file \"a\".");
-            setenv("PATH", (folder.path.string() + ":/bin:/usr/bin").c_str(), 1);
+            setenv("PATH", (folder.path.string() + ":/bin:/usr/bin").c_str(),
+                   1);  // NOLINT(concurrency-mt-unsafe)
             fs::current_path(folder.path);
             return call(), !testing::Test::HasFailure();
         }));
         for (int i = 0; i < 500 && !fs::exists(folder.path / "out"); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        const std::string arguments = folder.Content("out");
+        std::string arguments = folder.Content("out");
         fs::remove(folder.path / "out");
         return arguments;
     };

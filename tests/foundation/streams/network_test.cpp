@@ -32,7 +32,7 @@ using Behaviour = std::function<void(int)>;
 // A listening socket, and peers that do what they are told, one after the other.
 class Peer {
 public:
-    explicit Peer(std::vector<Behaviour> behaviours = {}, int backlog = 8) {
+    explicit Peer(const std::vector<Behaviour>& behaviours = {}, int backlog = 8) {
         sockaddr_in address = {};
         socklen_t length = sizeof address;
         listen(listener, backlog);
@@ -187,6 +187,11 @@ TEST(TCPClient, TellsWhyItCouldNotConnect) {
                std::to_string(port) + ", code " + std::to_string(code) + ").";
     };
     const int closed = Peer().port;
+    EXPECT_TRUE(HoldsInChild([&] {
+        const rlimit none = {3, 3};
+        setrlimit(RLIMIT_NOFILE, &none);
+        return Raised([&] { Client(closed, "127.0.0.1"); }) == "512 Could not create TCP socket.";
+    }));
     Peer full({}, 0);  // its queue takes one or two, further ones get no answer
     std::list<Client> waiting;
     MTCPClient fresh;
@@ -202,11 +207,6 @@ TEST(TCPClient, TellsWhyItCouldNotConnect) {
                        for (;;) waiting.emplace_back(full.port);
                    }}});
     EXPECT_LT(Clock::now() - start, milliseconds(3 * kShort) + kPatience);
-    EXPECT_TRUE(HoldsInChild([&] {
-        const rlimit none = {3, 3};
-        setrlimit(RLIMIT_NOFILE, &none);
-        return Raised([&] { Client(closed, "127.0.0.1"); }) == "512 Could not create TCP socket.";
-    }));
 }
 
 TEST(BoundedCall, GivesUpOnWorkThatTakesTooLong) {

@@ -178,7 +178,8 @@ TEST(MemoryStream, CopiesOnTwoThreadsWriteToBlocksOfTheirOwn) {
         for (int i = 0; i < 1000; ++i) {
             MMemoryStream own(shared), other(own);
             WriteAll(own, std::string(1, letter));
-            EXPECT_TRUE(own.GetData()[6] == letter && other.GetSize() == 6);
+            EXPECT_TRUE(own.GetData()[6] == static_cast<std::uint8_t>(letter) &&
+                        other.GetSize() == 6);
         }
     };
     std::thread other(change, 'a');
