@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstddef>
+#include <cstring>
 
 #include "foundation/objects/tolerances.h"
 
@@ -13,6 +15,13 @@ template <typename... Element>
 VecStatus Check(int count, const Element*... arrays) {
     if ((!arrays || ...)) return kVecNullPointer;
     return count > 0 ? kVecDone : kVecBadLength;
+}
+
+template <typename Element>
+VecStatus Zero(Element* destination, int count) {
+    if (const VecStatus fault = Check(count, destination)) return fault;
+    std::fill_n(destination, count, Element{0});
+    return kVecDone;
 }
 
 template <typename Element>
@@ -31,11 +40,15 @@ VecStatus Convert(const From* source, To* destination, int count) {
 
 }  // namespace
 
-VecStatus VecZero(float* destination, int count) {
-    if (const VecStatus fault = Check(count, destination)) return fault;
-    std::fill_n(destination, count, 0.0f);
+VecStatus VecCopy(const float* source, float* destination, int count) {
+    if (const VecStatus fault = Check(count, source, destination)) return fault;
+    std::memcpy(destination, source, static_cast<std::size_t>(count) * sizeof(float));
     return kVecDone;
 }
+
+VecStatus VecZero(float* destination, int count) { return Zero(destination, count); }
+
+VecStatus VecZeroDouble(double* destination, int count) { return Zero(destination, count); }
 
 VecStatus VecAddConstant(float value, float* array, int count) {
     return AddConstant(value, array, count);
@@ -43,6 +56,12 @@ VecStatus VecAddConstant(float value, float* array, int count) {
 
 VecStatus VecAddConstantDouble(double value, double* array, int count) {
     return AddConstant(value, array, count);
+}
+
+VecStatus VecAdd(const float* source, float* array, int count) {
+    if (const VecStatus fault = Check(count, source, array)) return fault;
+    for (int i = 0; i < count; ++i) array[i] += source[i];
+    return kVecDone;
 }
 
 VecStatus VecScaleInPlace(float value, float* array, int count) {

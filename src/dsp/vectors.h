@@ -18,11 +18,17 @@ inline constexpr VecStatus kVecDone = 0;
 inline constexpr VecStatus kVecBadLength = -6;    // a count below 1
 inline constexpr VecStatus kVecNullPointer = -8;  // comes before kVecBadLength
 
+// The arrays do not overlap.
+VecStatus VecCopy(const float* source, float* destination, int count);
 VecStatus VecZero(float* destination, int count);
+VecStatus VecZeroDouble(double* destination, int count);
 
 // array[i] += value
 VecStatus VecAddConstant(float value, float* array, int count);
 VecStatus VecAddConstantDouble(double value, double* array, int count);
+
+// array[i] += source[i]
+VecStatus VecAdd(const float* source, float* array, int count);
 
 // array[i] *= value
 VecStatus VecScaleInPlace(float value, float* array, int count);

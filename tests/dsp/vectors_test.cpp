@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include "dsp/linear_ramp.h"
@@ -22,8 +23,18 @@ struct Primitive {
     std::function<float(int)> expected;  // of element i, which was 1000
 };
 
+const Samples kIndices = [] {
+    Samples indices(64);
+    std::iota(indices.begin(), indices.end(), 0.f);
+    return indices;
+}();
+
 const std::vector<Primitive> kPrimitives = {
     {VecZero, [](int) { return 0.f; }},
+    {[](float* array, int n) { return VecCopy(kIndices.data(), array, n); },
+     [](int i) { return static_cast<float>(i); }},
+    {[](float* array, int n) { return VecAdd(kIndices.data(), array, n); },
+     [](int i) { return 1000 + static_cast<float>(i); }},
     {[](float* array, int n) { return VecAddConstant(0.5f, array, n); },
      [](int) { return 1000.5f; }},
     {[](float* array, int n) { return VecScaleInPlace(0.25f, array, n); },
@@ -54,6 +65,7 @@ TEST(ArrayPrimitives, RefuseNullBeforeLengthAndTouchNothing) {
             EXPECT_EQ(primitive.run(nullptr, count), -8);
         }
         EXPECT_EQ(VecAddConstantDouble(1, &wide, count), -6);
+        EXPECT_EQ(VecZeroDouble(&wide, count), -6);
         EXPECT_EQ(VecFloatToDouble(&a, &wide, count), -6);
         EXPECT_EQ(VecDoubleToFloat(&wide, &a, count), -6);
         EXPECT_EQ(SseAbsMax(&a, count, &a), -6);
