@@ -41,18 +41,18 @@ void ParameterRecord::SetGroup(MString newName, MString newIdentifier,
                                std::atomic<std::uint8_t>* newOnOff) {
     Describe(ParameterType::Group, std::move(newName), std::move(newIdentifier));
     onOff = newOnOff;
-    SetRange(0, onOff == nullptr ? 0 : 1, 0);
+    SetRange(0, HasSwitch() ? 1 : 0, 0);
 }
 
 double ParameterRecord::Get() const {
     if (type != ParameterType::Group) return value.load(kRelaxed);
-    return onOff != nullptr && onOff->load(kRelaxed) != 0 ? 1 : 0;
+    return HasSwitch() && onOff->load(kRelaxed) != 0 ? 1 : 0;
 }
 
 void ParameterRecord::Set(double newValue) {
     if (type != ParameterType::Group) {
         value.store(newValue, kRelaxed);
-    } else if (onOff != nullptr) {
+    } else if (HasSwitch()) {
         onOff->store(newValue >= 0.5 ? 1 : 0, kRelaxed);
     }
 }
@@ -81,7 +81,7 @@ double ParameterRecord::PositionOf(double someValue) const {
         case PositionLaw::Square:
             return std::sqrt(std::max(linear, 0.0));
         case PositionLaw::FourthPower:
-            return std::pow(std::max(linear, 0.0), 0.25);
+            return std::sqrt(std::sqrt(std::max(linear, 0.0)));
         default:
             return linear;
     }
@@ -160,6 +160,6 @@ double ParameterRecord::RandomStep(double amount, double span) const {
 
 void ParameterRecord::RandomizeSwitch(double amount) {
     if (amount + kSameParameter < 0.5) return;
-    if (type == ParameterType::Group && onOff == nullptr) return;
+    if (type == ParameterType::Group && !HasSwitch()) return;
     Set(NextRandom() & 1);
 }

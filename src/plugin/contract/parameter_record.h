@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "foundation/objects/object.h"
@@ -49,6 +50,13 @@ inline constexpr std::uint32_t kNew = kTakesPart | kUpdates | kRandomizes | kEna
 
 enum class PositionLaw : std::int32_t { Linear = 0, Square = 1, FourthPower = 2 };
 
+// How a value becomes text and how it is read back, where neither a format nor the plain number
+// will do. A text without a value is read as nothing.
+struct ParameterText {
+    MString (*get)(double value) = nullptr;
+    std::optional<double> (*read)(const MString& text) = nullptr;
+};
+
 class ParameterRecord {
 public:
     ParameterRecord() = default;
@@ -63,6 +71,7 @@ public:
     void SetBoolean(MString name, MString identifier, bool defaultValue);
     // A section head; with a switch its value turns the section on and off.
     void SetGroup(MString name, MString identifier, std::atomic<std::uint8_t>* onOff = nullptr);
+    bool HasSwitch() const { return onOff != nullptr; }
 
     bool Has(std::uint32_t flag) const { return (flags.load(kRelaxed) & flag) == flag; }
     void Raise(std::uint32_t flag) { flags.fetch_or(flag, kRelaxed); }
@@ -102,6 +111,9 @@ public:
     MString name;
     MString identifier;            // keys the value in stored state; empty where nothing is stored
     std::vector<MString> options;  // enumeration only
+    ParameterText text;            // comes before the format
+    MString format;                // for MStringFormatter; empty where none is set
+    MString help;  // what a tooltip tells; <name>, <value> and <control> mark words for its style
     double min = 0;
     double max = 0;
     double defaultValue = 0;
