@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "foundation/text/mstring.h"
+#include "foundation/text/unit_buffer.h"
+
+// How values turn numbers into text and back.
+//
+// Threads  any
+// Memory   a text is one allocation; a literal that stands alone none
+// Errors   std::bad_alloc; a broken format raises what MStringFormatter and MStringScanner raise
+
+// Builds a text on the stack. Numbers look as MStringFormatter writes them.
+class NumberText {
+public:
+    NumberText& Put(char16_t unit) {
+        buffer.Put(unit);
+        return *this;
+    }
+    NumberText& Put(const MString& part);
+    NumberText& PutWhole(std::int64_t number);
+    // decimals 0 .. 9
+    NumberText& PutFixed(double number, int decimals);
+    // A double that has been rounded, of any size.
+    NumberText& PutRounded(double whole) { return PutFixed(whole, 0); }
+    // Once, at the end.
+    MString Take();
+
+private:
+    MString text;
+    UnitBuffer<64> buffer{text};
+};
+
+// To the nearest whole number, halves up.
+double RoundHalfUp(double number);
+
+// What MStringFormatter makes of a format with this one argument.
+MString FormatNumber(const MString& format, double number);
+MString FormatNumber(const MString& format, std::int64_t number);
+
+// The number at the start of a text, behind blanks and with either sign; nothing where none stands
+// there or a double cannot hold it. The point is a point under every locale.
+std::optional<double> ReadNumber(const MString& text);
+// The same for a whole number, which ends at its first other character; one that is too large for
+// 64 bits is taken as the nearest that is not.
+std::optional<std::int64_t> ReadInteger(const MString& text, int radix = 10);
+
+// The number that stands in a text where the format's argument 0 does.
+std::optional<double> ScanNumber(const MString& format, const MString& text);
+std::optional<std::int64_t> ScanInteger(const MString& format, const MString& text);

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+
+#include "parameters/values/enumerations.h"
+#include "parameters/values/value_checks.h"
+#include "parameters/values/value_list.h"
+#include "parameters/values/value_scales.h"
+
+namespace {
+
+constexpr const char* kModes[] = {"Off", "Slow", "Fast"};
+
+// A client with words of its own for one value.
+struct Words : MObject {
+    void OnText(const MOnCustomTextParams& params) {
+        auto& number = dynamic_cast<MValueInt32&>(params.value);
+        if (params.mode == MOnCustomTextParams::Mode::Set) {
+            number.Set(params.text == "many" ? 1000 : 1);
+        } else {
+            params.text = number.Get() > 5 ? "many" : "few";
+        }
+    }
+};
+
+template <typename Enumeration>
+void CheckNames(int count, int index, const char* name) {
+    MValueEnum<Enumeration> value;
+    EXPECT_EQ(value.GetItemCount(), count);
+    for (int i = 0; i < count; ++i) {
+        value.SetItem(0);
+        EXPECT_EQ(value.SetText(value.GetItemObject(i).text), i != 0);
+        EXPECT_EQ(value.Get(), i);
+    }
+    value.SetItem(index);
+    EXPECT_EQ(value.GetText(), name);
+}
+
+}  // namespace
+
+TEST(ChoiceValues, EntriesSpreadOverTheKnob) {
+    int index = 1;
+    MValueLiteralList list(MValueRef(&index), kModes, 3, 2);
+    const std::pair<double, int> cases[] = {{0, 0},    {0.24, 0}, {0.25, 1}, {0.74, 1},
+                                            {0.75, 2}, {2, 2},    {-1, 0},   {NAN, 0}};
+    for (const auto& [position, expected] : cases) {
+        EXPECT_EQ(list.GetTextFrom01(position), kModes[expected]);
+        list.Set01(position);
+        EXPECT_EQ(index, expected) << position;
+        EXPECT_EQ(list.Get01(), expected * 0.5);
+    }
+    EXPECT_TRUE(list.Step(1, 5));
+    EXPECT_EQ(index, 1);
+    EXPECT_TRUE(list.StepFine(INT32_MAX));
+    EXPECT_FALSE(list.Step(1, 0));
+    EXPECT_TRUE(list.SetText("SLOW"));
+    EXPECT_FALSE(list.SetText("Slower"));
+    EXPECT_EQ(index, 1);
+    EXPECT_TRUE(list.SetDefault());
+    EXPECT_EQ(index, 2);
+    index = 77;
+    EXPECT_EQ(list.GetText(), "Fast");
+    list.Limit();
+    EXPECT_EQ(index, 2);
+}
+
+TEST(ChoiceValues, AreStoredAndDescribedByName) {
+    MValueEnum<MRangeMode> mode({}, MRangeMode::UpOnly);
+    TestItem item{{"value", "interval"}};
+    mode.LoadXmlAttributes(item);
+    EXPECT_EQ(mode.defaultIndex, 4);
+    mode.Store(item);
+    EXPECT_EQ(item.texts["value"], "Interval");
+    item.Set("value", "Down only");
+    item.Set("default", "Full range");
+    mode.Load(item);
+    EXPECT_EQ(mode.Get(), 3);
+    mode.LoadXmlAttributes(item);
+    EXPECT_EQ(mode.Get(), 3);
+    EXPECT_EQ(mode.defaultIndex, 1);
+    TestItem empty;
+    mode.Load(empty);
+    EXPECT_EQ(mode.Get(), 1);
+    EXPECT_EQ(mode.GetType(), MValueType::Enumeration);
+}
+
+TEST(ChoiceValues, AListMayChangeUnderItsValue) {
+    MStringList names;
+    MValueStringList value({}, names);
+    EXPECT_EQ(value.GetText(), "");
+    EXPECT_EQ(value.Get01(), 0);
+    EXPECT_FALSE(value.Set01(1));
+    EXPECT_EQ(value.GetItemObject(0).text, "");
+    names = {"Velocity", u"\u00c9clat"};
+    EXPECT_TRUE(value.SetText("eclat"));
+    EXPECT_EQ(value.Get(), 1);
+    names.Delete(1);
+    value.Limit();
+    EXPECT_EQ(value.GetText(), "Velocity");
+}
+
+TEST(ChoiceValues, KnowTheEnumerationsByName) {
+    CheckNames<MRangeMode>(5, 2, "Up only");
+    CheckNames<MNoteControllerMode>(6, 3, "On/Off (all octaves)");
+    CheckNames<MMultiParameterMode>(3, 2, "Trigger");
+    CheckNames<MMultiParameterValueMode>(2, 1, "By first parameter");
+    CheckNames<MLocale::Language>(139, 138, "Nynorsk");
+    CheckNames<MLocale::Country>(236, 0, "Afghanistan");
+    CheckNames<MThread::Priority>(7, 6, "Critical");
+}
+
+TEST(ValueItems, StandAtEvenPositions) {
+    MValueInt32 voices({}, 2, 1, 10);
+    EXPECT_EQ(voices.GetItemCount(), 10);
+    EXPECT_EQ(voices.GetItemObject(4).text, "5");
+    EXPECT_TRUE(voices.SetItem(9));
+    EXPECT_EQ(voices.Get(), 10);
+    EXPECT_EQ(MValueInt32({}, 0, INT32_MIN, INT32_MAX).GetItemCount(), INT32_MAX);
+    MValueDouble plain({}, 0.5, 0, 1);
+    EXPECT_EQ(plain.GetItemCount(), 0);
+    EXPECT_TRUE(plain.SetItem(3));
+    EXPECT_EQ(plain.Get(), 0);
+}
+
+TEST(CustomText, StandsInForTheScale) {
+    Words words;
+    MValueInt32 value({}, 3, 0, 10);
+    value.customText.Connect<&Words::OnText>(&words);
+    EXPECT_EQ(value.GetTextObject().text, "few");
+    EXPECT_EQ(value.GetTextFrom01(1), "10");
+    EXPECT_TRUE(value.SetText("many"));
+    EXPECT_EQ(value.Get(), 10);
+    EXPECT_EQ(value.GetString(), "10");
+    value.customText.Disconnect();
+    EXPECT_EQ(value.GetText(), "10");
+}
