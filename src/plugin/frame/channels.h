@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <array>
+
+// How the channels of all buses stand in one array of pointers: channel c of bus b at
+// b * kChannelStride + c.
+
+inline constexpr int kChannelStride = 8;
+inline constexpr int kMaxBuses = 16;
+inline constexpr int kChannelSlots = kChannelStride * kMaxBuses;
+
+using ChannelPointers = std::array<float*, kChannelSlots>;
