@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "effect/chorus_parameters.h"
 
+#include "effect/chorus_texts.h"
 #include "effect/host_sync.h"
 
 namespace {
@@ -16,6 +17,7 @@ constexpr double kLog20kHz = 4.301029995663981;
 ChorusParameters::ChorusParameters(MAudioPluginHostSync& hostSync) {
     DescribeMain();
     DescribeAdvanced();
+    DescribeTexts(*this);
     hostSync.Describe(&(*this)[P::SyncGroup]);
 
     for (const P p : {P::DryWet, P::Rate, P::Range, P::Delay, P::Voices, P::Saturation, P::Spread})

@@ -15,7 +15,9 @@ class MAudioPluginHostSync {
 public:
     // Four records in a row: the switch, length, type and phase.
     static constexpr int kRecordCount = 4;
-    void Describe(ParameterRecord* newRecords);
+    // Lengths of 128 whole notes to 1 / 128, or of half of that.
+    enum class Lengths { Long, Short };
+    void Describe(ParameterRecord* newRecords, Lengths lengths = Lengths::Long);
 
     // Takes length and type over into noteRate.
     void Refresh();
@@ -29,5 +31,6 @@ public:
 private:
     ParameterRecord* records = nullptr;
     std::atomic<std::uint8_t> enabled = 0;
+    int wholeNoteIndex = 0;  // of the length "1"
     double noteRate = 1;
 };
