@@ -80,8 +80,8 @@ TEST(FrameThreads, EverythingMayChangeWhileAudioRuns) {
         for (int block = 0; block < 3000; ++block) {
             host.Process(plugin, block % 3 != 0);
             for (std::size_t c = 0; c < 2; ++c) {
-                if (Peak(host.out) > 10) std::fill(host.out[c].begin(), host.out[c].end(), 0.0f);
                 std::fill(host.in[c].begin(), host.in[c].end(), 0.5f);
+                std::fill(host.out[c].begin(), host.out[c].end(), 0.25f);
             }
         }
     }
