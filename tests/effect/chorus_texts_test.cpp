@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "effect/chorus_driver.h"
+#include "effect/host_sync.h"
+#include "parameters/effect_parameters.h"
+#include "parameters/plugin_double.h"
+
+// The chorus's parameters as a host shows them.
+
+namespace {
+
+using P = ReferenceSettings;
+
+class ChorusTexts : public testing::Test {
+protected:
+    ChorusTexts() {
+        AddEffectParameters({&plugin, {}, {}, false}, *driver.host->plugin, plugin.table, map);
+    }
+    std::string TextOf(int index, double value) {
+        driver.Record(index).Set(value);
+        return map.Find(index)->GetParameterValueName(0).ToUtf8();
+    }
+
+    ChorusDriver driver{Settings(2, 48000, false)};
+    PluginDouble plugin;
+    ParameterAdapterMap map;
+};
+
+}  // namespace
+
+TEST_F(ChorusTexts, TellValuesAndReadThemBack) {
+    const struct {
+        int index;
+        double value;
+        const char* text;
+        double readBack;
+    } rows[] = {
+        {P::kDryWet, 1, "100% wet, 100% dry", 1},
+        {P::kDryWet, 0.254, "25% wet, 100% dry", 0.25},
+        {P::kDryWet, 1.505, "100% wet, 50% dry", 1},
+        {P::kDryWet, 2, "100% wet, 0% dry", 1},
+        {P::kRate, -1, "0.1000 Hz", -1},
+        {P::kRange, 0.0001 + 0.0999 / 16, "6.3 ms", 0.0063},
+        {P::kDelay, 0.25, "250 ms", 0.25},
+        {P::kVoices, 10, "10", 10},
+        {P::kSaturation, 0.1, "10.0%", 0.1},
+        {P::kSpreadMode, 5, "Haas (16 ms)", 5},
+        {P::kRateVariability, -0.5, "-50.0%", -0.5},
+        {P::kMaxFrequency, 4, "10.0 kHz", 1.3010299956639813},  // 10 Hz, below the range
+        {P::kTremoloPhase, 0.25, "90\u00b0 (25.0%)", 0.25},
+        {P::kSyncLength, 9, "1 / 4", 9},
+        {P::kSyncType, 1, "Triplets", 1},
+        {P::kSyncPhase, 0, "0\u00b0 (0%)", 0},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(TextOf(row.index, row.value), row.text);
+        EXPECT_TRUE(map.Find(row.index)->ParseParameterValueName(0, MString::FromUtf8(row.text)));
+        EXPECT_NEAR(driver.Record(row.index).Get(), row.readBack, 1e-12) << row.text;
+    }
+    for (const char* const text : {"0", "-3 Hz", "slow"})
+        EXPECT_FALSE(map.Find(P::kRate)->ParseParameterValueName(0, text)) << text;
+    EXPECT_EQ(driver.Record(P::kRate).Get(), -1);
+}
+
+// The words are part of what users know; this catches a text that slid to another row, and the two
+// oddities that are meant.
+TEST_F(ChorusTexts, ExplainEachParameterByItsName) {
+    for (int p = 0; p < P::kCount; ++p) {
+        const ParameterRecord& record = driver.Record(p);
+        const std::string name = record.name.ToUtf8(), help = record.help.ToUtf8();
+        const bool head = p == 0 || p == 9;
+        const std::string start = "<name>" + name + (p == 19 ? " panel</name>" : "</name>");
+        EXPECT_EQ(help.empty(), head) << name;
+        EXPECT_EQ(help.substr(0, start.size()), head ? "" : start);
+    }
+    EXPECT_NE(driver.Record(P::kRange).help.ToUtf8().find("defines  frequency"), std::string::npos);
+    EXPECT_NE(driver.Record(P::kSpreadMode).help.ToUtf8().find("in stereo.Note that"),
+              std::string::npos);
+}
+
+TEST_F(ChorusTexts, FollowTheSectionsOfTheList) {
+    EXPECT_EQ(map.Find(P::kVoices)->GetParameterSection(0).ToUtf8(), "Main parameters");
+    EXPECT_EQ(map.Find(P::kTremolo)->GetParameterSection(0).ToUtf8(), "Advanced parameters");
+    EXPECT_EQ(map.Find(P::kSyncPhase)->GetParameterSection(0).ToUtf8(), "Synchronization");
+    EXPECT_EQ(plugin.table.ParameterCount(), P::kCount);
+}
+
+// Length is told in whole notes: "1 / 4" is four cycles in each of them.
+TEST(HostSync, TakesNoteLengthsFromEitherList) {
+    for (const auto lengths :
+         {MAudioPluginHostSync::Lengths::Long, MAudioPluginHostSync::Lengths::Short}) {
+        ParameterRecord records[MAudioPluginHostSync::kRecordCount];
+        MAudioPluginHostSync sync;
+        sync.Describe(records, lengths);
+        const bool isShort = lengths == MAudioPluginHostSync::Lengths::Short;
+        ASSERT_EQ(records[1].options.size(), 15u);
+        EXPECT_EQ(records[1].options.front().ToUtf8(), isShort ? "64" : "128");
+        EXPECT_EQ(records[1].options.back().ToUtf8(), isShort ? "1 / 256" : "1 / 128");
+        for (int length = 0; length < 15; ++length) {
+            records[1].Set(length);
+            sync.Refresh();
+            const std::string text = records[1].options[static_cast<std::size_t>(length)].ToUtf8();
+            const bool fraction = text.find('/') != std::string::npos;
+            const double cycles = fraction ? std::stod(text.substr(4)) : 1 / std::stod(text);
+            // At 240 beats a minute a whole note lasts a second.
+            EXPECT_DOUBLE_EQ(sync.RateAt(240, 1), cycles) << text;
+        }
+    }
+}
