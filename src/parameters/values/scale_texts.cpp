@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "parameters/values/scale_texts.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -157,7 +158,7 @@ std::optional<double> ReadTime(const MString& text) { return ReadScaled(text, 0.
 MString SignalShapeText(double position) {
     constexpr std::size_t kLast = kShapeNames.size() - 1;
     const double limited = position > 0 ? std::min<double>(position, kLast) : 0;
-    const std::size_t first = std::min(static_cast<std::size_t>(limited), kLast - 1);
+    const auto first = static_cast<std::size_t>(limited);
     const auto weight = static_cast<int>(RoundHalfUp((limited - static_cast<double>(first)) * 100));
     if (weight == 0) return kShapeNames[first];
     if (weight == 100) return kShapeNames[first + 1];
