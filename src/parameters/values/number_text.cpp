@@ -6,6 +6,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "foundation/text/format_placeholder.h"
 #include "foundation/text/string_formatter.h"
@@ -84,19 +85,19 @@ NumberText& NumberText::Put(const MString& part) {
 }
 
 NumberText& NumberText::PutWhole(std::int64_t number) {
-    char digits[24];
-    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    for (const char* digit = digits; digit < end; ++digit)
-        buffer.Put(static_cast<char16_t>(*digit));
-    return *this;
+    char digits[24] = {};
+    return PutDigits(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
 }
 
 NumberText& NumberText::PutFixed(double number, int decimals) {
     char digits[400];  // the largest double has 309 digits before the point
     const auto result =
         std::to_chars(digits, digits + sizeof digits, number, std::chars_format::fixed, decimals);
-    for (const char* digit = digits; digit < result.ptr; ++digit)
-        buffer.Put(static_cast<char16_t>(*digit));
+    return PutDigits(digits, result.ptr);
+}
+
+NumberText& NumberText::PutDigits(const char* first, const char* end) {
+    for (; first < end; ++first) buffer.Put(static_cast<char16_t>(*first));
     return *this;
 }
 

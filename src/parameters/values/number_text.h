@@ -30,6 +30,8 @@ public:
     MString Take();
 
 private:
+    NumberText& PutDigits(const char* first, const char* end);
+
     MString text;
     UnitBuffer<64> buffer{text};
 };
