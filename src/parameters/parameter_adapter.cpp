@@ -17,7 +17,8 @@ constexpr const char* kBetweenIdentifiers = " ";
 ParameterMainBase::ParameterMainBase(const AutomationContext& context, ParameterRecord& record,
                                      int localIndex)
     : AutomationAdapter(context), name(record.name), record(record), localIndex(localIndex) {
-    identifier = record.identifier;
+    // A head has none; what hosts and mappings know it by still has to be its own.
+    identifier = record.identifier.IsEmpty() ? record.name : record.identifier;
 }
 
 void ParameterMainBase::SetParameter(int, double position, bool silent) {

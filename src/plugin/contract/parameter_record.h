@@ -94,8 +94,8 @@ public:
     void SetEffective(double newValue);
     void SetSmoothing(bool on);
 
-    // Between a value and its position under the law. A value above max gives a position above 1,
-    // one below min 0 or less; a record without a range answers 0 and its min.
+    // Between a float's value and its position under the law. A value above max gives a position
+    // above 1, one below min 0 or less; a record without a range answers 0 and its min.
     double PositionOf(double someValue) const;
     double ValueAt(double position) const;
 
