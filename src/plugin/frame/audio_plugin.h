@@ -146,8 +146,8 @@ public:
     double barStart = 0;  // quarter notes at the last bar line
     int timeSigNumerator = 4;
     int timeSigDenominator = 4;
-    int sampleRate = kDefaultSampleRate;  // hertz, upsampling included; under processLock
-    double cycleStart = -1;               // quarter notes; -1 without a cycle
+    std::atomic<std::int32_t> sampleRate = kDefaultSampleRate;  // hertz, upsampling included
+    double cycleStart = -1;                                     // quarter notes; -1 without a cycle
     double cycleEnd = -1;
     bool playing = false;
     bool positionJumped = false;  // the position left its expected course
@@ -270,6 +270,8 @@ private:
     void PrepareBypassDelays();
     void PrepareBuffers();
     int ComputeLatency();
+
+    void FillEditor();
 
     int LargerBusCount() { return std::max(GetInputBusCount(), GetOutputBusCount()); }
     int LargerHostCount() const { return std::max(hostInputs, hostOutputs.load(kRelaxed)); }

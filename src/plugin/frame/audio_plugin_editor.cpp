@@ -43,14 +43,24 @@ bool MAudioPlugin::CreateEditor(void* parent, MStyle* style) {
             return false;
         editor = CreateEditorObject(parent, style);
         if (editor == nullptr) return false;
-        editorFactory->LayOut(*editor);
-        BuildEditor();
+        FillEditor();
         if (automationRequestThread == nullptr) {
             automationRequestThread = std::make_unique<AutomationUpdateRequestThread>(*this);
             automationRequestThread->Start();
         }
         return true;
     });
+}
+
+// One that can't be filled is taken away again.
+void MAudioPlugin::FillEditor() {
+    try {
+        editorFactory->LayOut(*editor);
+        BuildEditor();
+    } catch (...) {
+        DestroyEditor();
+        throw;
+    }
 }
 
 void MAudioPlugin::DestroyEditor() {

@@ -20,12 +20,12 @@ double Unit7(std::uint8_t byte) { return Low7(byte) / 127.0; }
 
 void MMIDIProcessor::DecodeMIDI(MIDITime when, const std::uint8_t* bytes) {
     const int channel = bytes[0] & 0x0f;
-    switch (bytes[0] & 0xf0) {
+    const int status = bytes[0] & 0xf0;
+    switch (status) {
         case 0x80:
-            ProcessNote(when, channel, Low7(bytes[1]), Unit7(bytes[2]), false);
-            break;
         case 0x90:
-            ProcessNote(when, channel, Low7(bytes[1]), Unit7(bytes[2]), Low7(bytes[2]) != 0);
+            ProcessNote(when, channel, Low7(bytes[1]), Unit7(bytes[2]),
+                        status == 0x90 && Low7(bytes[2]) != 0);
             break;
         case 0xa0:
             ProcessAftertouch(when, channel, Low7(bytes[1]), Unit7(bytes[2]));
