@@ -5,6 +5,7 @@
 #include <atomic>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "parameters/plugin_double.h"
@@ -104,7 +105,8 @@ TEST(ChangedAdapters, HaveTheirEditorsUpdatedOnceForManyChanges) {
     unseen.updateDue.Connect<&NotingListener::OnUpdate>(&listener);
     {
         AllocationTrap trap("changes");
-        for (const int index : {2, 0, 2, 3}) plugin.table.SetIfChanged(index, 0.25, false);
+        for (const auto& [index, position] : {std::pair(2, 0.25), {0, 0.25}, {2, 0.75}, {3, 0.25}})
+            plugin.table.SetIfChanged(index, position, false);
         plugin.table.SetIfChanged(1, 0.25, true);
         plugin.table.SetIfChanged(1, 0.25 + 0.9e-7, false);
     }
