@@ -120,8 +120,7 @@ void MAudioPlugin::PrepareModeDelays() {
     modeLatency = GetLatency();
     for (int b = 0; b < LargerBusCount(); ++b)
         for (int c = 0; c < LargerHostCount(); ++c)
-            Refill(modeDelays[static_cast<std::size_t>(b * kChannelStride + c)], modeLatency,
-                   announcedBlockSize * upsampling);
+            Refill(modeDelays[SlotOf(b, c)], modeLatency, announcedBlockSize * upsampling);
 }
 
 // What waits stays where it is, so that a change of latency loses nothing of it.
@@ -129,7 +128,7 @@ void MAudioPlugin::PrepareBypassDelays() {
     const int latency = ComputeLatency();
     for (int b = 0; b < std::min(GetInputBusCount(), GetOutputBusCount()); ++b) {
         for (int c = 0; c < hostOutputs; ++c) {
-            Queue& queue = bypassDelays[static_cast<std::size_t>(b * kChannelStride + c)];
+            Queue& queue = bypassDelays[SlotOf(b, c)];
             queue.Reserve(latency + announcedBlockSize);
             queue.Drop(std::max(queue.Length() - latency, 0));
             queue.PushCopies(0, latency - queue.Length());
@@ -141,9 +140,8 @@ void MAudioPlugin::PrepareBypassDelays() {
 void MAudioPlugin::PrepareBuffers() {
     for (int b = 0; b < LargerBusCount(); ++b) {
         for (int c = 0; c < LargerHostCount(); ++c) {
-            const int slot = b * kChannelStride + c;
-            temporaryBuffers[static_cast<std::size_t>(slot)].Reserve(announcedBlockSize);
-            UpsamplerAt(slot).Reserve(announcedBlockSize);
+            temporaryBuffers[SlotOf(b, c)].Reserve(announcedBlockSize);
+            UpsamplerAt(b * kChannelStride + c).Reserve(announcedBlockSize);
         }
     }
     silenceInput.Reserve(announcedBlockSize * upsampling);

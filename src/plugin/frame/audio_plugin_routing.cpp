@@ -91,8 +91,7 @@ void MAudioPlugin::UnroutePairs(Routing& routing, int sampleCount) {
         float** const out = routing.outputs.data() + slot;
         if (!IsPair(out)) continue;
         if (IsSingleChannelMode(channelModeActive))
-            PassUnprocessed(routing.inputs[static_cast<std::size_t>(slot + 1)], out[1], slot + 1,
-                            sampleCount);
+            PassUnprocessed(routing.inputs[SlotOf(b, 1)], out[1], slot + 1, sampleCount);
         if (SwapsChannels(channelModeActive)) std::swap(out[0], out[1]);
         if (IsMidSideMode(channelModeActive)) MidSideDecode(out[0], out[1], sampleCount);
     }

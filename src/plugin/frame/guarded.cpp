@@ -9,7 +9,9 @@
 namespace {
 
 bool IsTracing() {
-    static const bool tracing = std::getenv("QUILLOREA_TRACE") != nullptr;
+    // Nobody of ours changes the environment.
+    static const bool tracing =
+        std::getenv("QUILLOREA_TRACE") != nullptr;  // NOLINT(concurrency-mt-unsafe)
     return tracing;
 }
 

@@ -131,8 +131,8 @@ struct HostBuffers {
         for (int c = 0; c < inputs; ++c) Input(c) = in[static_cast<std::size_t>(c)].data();
         for (int c = 0; c < outputs; ++c) Output(c) = out[static_cast<std::size_t>(c)].data();
     }
-    float*& Input(int c) { return inPointers[static_cast<std::size_t>(c / 2 * 8 + c % 2)]; }
-    float*& Output(int c) { return outPointers[static_cast<std::size_t>(c / 2 * 8 + c % 2)]; }
+    float*& Input(int c) { return inPointers[SlotOf(c / 2, c % 2)]; }
+    float*& Output(int c) { return outPointers[SlotOf(c / 2, c % 2)]; }
     void Process(MAudioPlugin& plugin, bool replacing = true) {
         plugin.ProcessAudio(inPointers.data(), outPointers.data(), static_cast<int>(out[0].size()),
                             replacing);

@@ -32,7 +32,7 @@ struct EditorDouble : MEditorFactory {
     MAudioPlugin::MEditor editor;
 };
 
-struct KnobDouble : ParameterListener {
+struct KnobDouble final : ParameterListener {
     void ParameterUpdated(ParameterMainBase&) override { ++updates; }
     int updates = 0;
 };
