@@ -137,6 +137,11 @@ TEST(FrameAutomation, RampsInStepsOfTheProtection) {
         host.Process(plugin);
         EXPECT_EQ(calls.back().value, 0);
         EXPECT_EQ(calls.back().sampleCount, kBlock);
+
+        plugin.Cut(100, 256);  // the smaller one holds
+        plugin.SetParameter(0, 1, false);
+        host.Process(plugin);
+        EXPECT_EQ(calls.back().sampleCount, 100);
     }
 }
 

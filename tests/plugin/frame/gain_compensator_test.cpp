@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <numbers>
+#include <numeric>
 #include <utility>
 
 #include "plugin/frame/frame_plugin.h"
@@ -54,6 +55,20 @@ double FinalGain(const Audio& in, Audio out) {
 }
 
 }  // namespace
+
+TEST(MovingSum, IsTheSumOfTheLastValues) {
+    std::vector<double> values(3000);
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<double>(i * i % 101);
+    for (const int block : {1, 7, 100, 250}) {
+        MovingSum sum;
+        sum.Prepare(100);
+        for (int end = block; end <= 3000; end += block) {
+            sum.Push(values.data() + end - block, block);
+            const auto from = values.begin() + std::max(end - 100, 0);
+            ASSERT_EQ(sum.Sum(), std::accumulate(from, values.begin() + end, 0.0)) << end;
+        }
+    }
+}
 
 TEST(GainCompensation, WeighsByFrequency) {
     for (const auto& [in, out] : {std::pair{1000, 50}, {30, 1000}, {8000, 1000}}) {
