@@ -38,6 +38,7 @@ FennirAudioEffectPlugin::FennirAudioEffectPlugin(const VoiceReads& reads) : loop
     shapeRecord.name = "Shape";
     shapeRecord.object = &state.shape;
     shapeRecord.changeCount = &shapeChangeCount;
+    descriptor.flags[0] = PluginDescriptor::kUsesHostTime;
     descriptor.parameters = parameters.Data();
     descriptor.parameterCount = ChorusParameters::kCount;
     descriptor.specials = &shapeRecord;
@@ -50,8 +51,7 @@ FennirAudioEffectPlugin::~FennirAudioEffectPlugin() = default;
 std::intptr_t FennirAudioEffectPlugin::Prepare(int newChannels, int newSampleRate) {
     channels = 0;  // until all lines have their size
     sampleRate = std::clamp(newSampleRate, 1, kMaxSampleRate);
-    state.maxFrequencyFilter.filterState = {};
-    state.minFrequencyFilter.filterState = {};
+    ClearFilters();
     state.voices.Prepare(sampleRate);
     state.saturator.SetUp();
 
@@ -189,4 +189,20 @@ int FennirAudioEffectPlugin::GetLatency() { return IsHighQuality() ? kDryDelaySi
 
 int FennirAudioEffectPlugin::GetTailLength() {
     return state.dryDelay[0].Length() + state.vibrato[0].Length() + kTailMargin;
+}
+
+void FennirAudioEffectPlugin::Clear() {
+    MLocker lock(descriptor.lock);
+    ClearFilters();
+    for (int c = 0; c < channels; ++c) {
+        state.vibrato[c].Clear();
+        state.dryDelay[c].Clear();
+    }
+    for (auto& pair : state.haasDelay)
+        for (auto& line : pair) line.Clear();
+}
+
+void FennirAudioEffectPlugin::ClearFilters() {
+    state.maxFrequencyFilter.filterState = {};
+    state.minFrequencyFilter.filterState = {};
 }

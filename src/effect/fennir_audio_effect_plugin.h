@@ -20,12 +20,12 @@
 // Units    parameters as in chorus_parameters.h; samples at full scale 1
 // Ranges   up to 8 channels (a larger count is taken as 8), blocks of any length, rates of 1 Hz to
 //          16 MHz (others are taken as the nearest)
-// Threads  Process on the audio thread; Update on any, Reset on the thread that changes parameters.
-//          These take descriptor.lock; Prepare, IsSilent and GetTailLength do not and stay apart
-//          from a running Process and from each other
+// Threads  Process and Clear on the audio thread; Update on any, Reset on the thread that changes
+//          parameters. These take descriptor.lock; Prepare, IsSilent and GetTailLength do not and
+//          stay apart from a running Process and from each other
 // Memory   construction and Prepare allocate, nothing else does: a change of the spread mode finds
 //          its room ready
-// Errors   "Could not acquire mutex." out of Update, Process and Reset
+// Errors   "Could not acquire mutex." out of Update, Process, Clear and Reset
 class FennirAudioEffectPlugin final : public MAudioEffectPlugin {
 public:
     explicit FennirAudioEffectPlugin(const VoiceReads& reads = GetVoiceReads());
@@ -39,8 +39,10 @@ public:
     bool IsSilent() override;
     int GetLatency() override;
     int GetTailLength() override;
+    void Clear() override;
 
 private:
+    void ClearFilters();
     void UpdateFilters();
     void SetFilter(SwitchedFilter& filter, bool enabled, MAudioFilters::FilterType type,
                    double frequency);

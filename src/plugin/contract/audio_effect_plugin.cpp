@@ -52,3 +52,4 @@ int MAudioEffectPlugin::GetLatency() { return 0; }
 int MAudioEffectPlugin::GetTailLength() { return 0; }
 
 void MAudioEffectPlugin::SetOption(int) {}
+void MAudioEffectPlugin::Clear() {}

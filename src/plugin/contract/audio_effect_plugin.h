@@ -14,8 +14,9 @@
 // Units    samples at sampleRate, which already counts the frame's upsampling
 // Arrays   inputs and outputs are pointers, 8 slots for each bus: channel c of bus b at b * 8 + c.
 //          Bus 0 is the signal, bus 1 the side-chain where inputBusCount is 2
-// Threads  Process on the audio thread under descriptor.lock, and UpdateIfNeeded before it;
-//          everything else elsewhere
+// Threads  Process on the audio thread under descriptor.lock, and UpdateIfNeeded before it; Clear
+//          behind it; everything else elsewhere
+// Memory   Process, Update and Clear allocate nothing
 // Errors   an exception out of Process ends in the frame
 
 namespace PluginCommand {
@@ -50,6 +51,9 @@ public:
     // How long the effect sounds on after its input ends, in samples.
     virtual int GetTailLength();
     virtual void SetOption(int value);
+    // Silence in everything that remembers sound, as Prepare leaves it; parameters stay. Called on
+    // the audio thread under descriptor.lock, where the output has turned out not to be finite.
+    virtual void Clear();
 
     int channels = 0;
     int sampleRate = 0;

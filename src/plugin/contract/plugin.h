@@ -50,8 +50,9 @@ using PluginHostFunction = std::intptr_t (*)(void* hostObject, int code,
 
 // What the frame reads of an effect and writes into it.
 struct PluginDescriptor {
-    static constexpr std::uint8_t kMetersInput = 1 << 1;  // second byte: always, not just on show
-    static constexpr std::uint8_t kUpdateDue = 1 << 2;    // second byte
+    static constexpr std::uint8_t kUsesHostTime = 1 << 0;  // first byte: wants the transport
+    static constexpr std::uint8_t kMetersInput = 1 << 1;   // second byte: always, not just on show
+    static constexpr std::uint8_t kUpdateDue = 1 << 2;     // second byte
 
     std::atomic<std::uint8_t> flags[2] = {};
     MLock* lock =
