@@ -55,7 +55,7 @@ public:
     virtual void SendAutomation(int index, double position) = 0;
     // Any thread: has UpdateEditor called on the thread of the user interface.
     virtual void NeedUpdateEditor(AutomationAdapter& adapter) = 0;
-    // Brings the effect up to date with its parameters, at once.
+    // Has the effect brought up to date with its parameters before it processes again.
     virtual void ParametersChanged() = 0;
 
 protected:

@@ -8,8 +8,9 @@ class MStyle;
 
 // What a plug-in needs of the user interface, which stands above it.
 //
-// Threads  HasGUI, Events and RaisePendingEvents on any but the audio thread; the others on the
-//          user-interface thread
+// Threads  HasGUI, Events and RaisePendingEvents on any, the audio thread included: they neither
+//          wait nor allocate, and the queue has room reserved for what plug-ins post. The others on
+//          the user-interface thread
 class MEditorFactory : public MObject {
 public:
     // Whether the shared user-interface system exists, which is made once per process.

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "foundation/objects/object.h"
+#include "foundation/objects/event_target.h"
 #include "plugin/frame/midi_state.h"
 
 // When an event happens: in samples from the start of the block, and in quarter notes of the song.
@@ -19,7 +19,7 @@ struct MIDITime {
 //          said otherwise
 // Threads  the audio thread
 // Errors   the answers tell whether an event meant something to the handler
-class MMIDIProcessorBase : public MObject {
+class MMIDIProcessorBase : public MEventTarget {
 public:
     // Starts or ends a sound: behind ProcessNote and the pedal.
     virtual void ProcessNotePerform(MIDITime when, int channel, int note, double velocity,
