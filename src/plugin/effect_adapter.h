@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "parameters/effect_parameters.h"
+#include "plugin/contract/plugin_host.h"
+#include "plugin/frame/audio_plugin.h"
+#include "plugin/protection.h"
+#include "plugin/user_interface_call.h"
+
+class MMeterSink;
+class MPresetServices;
+
+// A plug-in around one effect: binds its parameters, hands it the transport, feeds the meters of
+// the editor, steps presets by automation.
+//
+//     MAudioEffectPluginToAudioPluginAdapter plugin;
+//     plugin.Initialize("Chorus", "Chorus", ChorusEntry);
+//     plugin.AnnounceBlockSize(512);
+//     plugin.SetHostSampleRate(48000);
+//     plugin.InitProcessing();
+//     plugin.ProcessAudio(inputs, outputs, 512, true);
+//
+// Order    of a host's block: the limit of sub-blocks, preset triggers, sub-blocks, the meters'
+//          update. Of a sub-block: transport, modulators, multiparameters, meters of the input, the
+//          effect's update and process, meters of the output. Automation moves between sub-blocks;
+//          MIDI came before
+// Life     as MAudioPlugin's, with Initialize behind the construction. Without an effect the output
+//          is silence
+// Threads  as MAudioPlugin's. A change of a parameter is stored at once and reaches the effect
+//          before its next sub-block; Initialize, the destructor and the editor's operations belong
+//          to the user-interface thread
+// Errors   MException "Error creating plugin." and "Invalid plugin parameter type." out of
+//          Initialize, which leaves no effect then; nothing gets out of the other operations
+class MAudioEffectPluginToAudioPluginAdapter : public MAudioPlugin {
+public:
+    struct Options {
+        bool surround = false;  // buses of eight channels instead of two
+    };
+
+    MAudioEffectPluginToAudioPluginAdapter() = default;
+    ~MAudioEffectPluginToAudioPluginAdapter() override;
+
+    // Once. displayName is what users read.
+    void Initialize(const MString& effectName, const MString& newDisplayName, PluginEntry entry,
+                    Options options);
+    void Initialize(const MString& effectName, const MString& newDisplayName, PluginEntry entry) {
+        Initialize(effectName, newDisplayName, entry, Options{});
+    }
+
+    void InitProcessing() override;
+
+    // How many samples pass between two updates of what moves: a size of kProtections, or what is
+    // nearest to it.
+    void SetProtection(int subBlock) { protection.store(NearestProtection(subBlock), kRelaxed); }
+    int GetProtection() const { return protection.load(kRelaxed); }
+    // Whether the mode in use is told by its names of middle and side.
+    bool IsMidSideShown() const { return midSideMode.load(kRelaxed); }
+
+    // Null where there is none.
+    struct Meters {
+        template <typename Call>
+        void ForEach(Call call) const {
+            for (MMeterSink* const meter : {input, output, sideChain})
+                if (meter != nullptr) call(*meter);
+        }
+
+        MMeterSink* input = nullptr;
+        MMeterSink* output = nullptr;
+        MMeterSink* sideChain = nullptr;
+    };
+    // On the user-interface thread. They are not owned, and forgotten by EditorDestroyed.
+    void SetMeters(const Meters& newMeters);
+    // The first channel that meters show, and how many.
+    void SetMeteredChannels(int offset, int count);
+
+    // Behind a load of the state, on the thread that loads.
+    void ActualiseAfterLoading();
+
+    // Each at least 1.
+    int GetProcessingInputChannels() override;
+    int GetProcessingOutputChannels() override;
+    int GetHostInputChannels() override;
+    int GetHostOutputChannels() override;
+
+    int GetLatency() override;
+    int GetTailLength() override;
+    void ParametersChanged() override;
+    void ProcessUpdate() override;
+
+    void BuildEditor() override;
+    void EditorDestroyed() override;
+    void UpdateEditor() override;
+
+    MString displayName;
+    MPresetServices* presets = nullptr;  // not owned; null where there are none
+
+protected:
+    void Process(float** inputs, float** outputs, int sampleCount) override;
+    void ProcessBypassed(float* buffer, int sampleCount, int channel) override;
+    void PrepareBlock(float** inputs, float** outputs, int sampleCount, bool replacing) override;
+    void FinishBlock(float** inputs, float** outputs, int sampleCount, bool replacing) override;
+    void PrepareForProcessingOnce(float** inputs, float** outputs) override;
+    void ClearEffect() override;
+
+    // Makes an adapter for each parameter, in the order in which the host sees them.
+    virtual void InitParameters();
+    // Of InitProcessing: under both locks, behind them, and on the user-interface thread.
+    virtual void InitProcessing_LockedPart();
+    virtual void InitProcessingActivePresets();
+    virtual void InitProcessing_UnLockedPart();
+    virtual void InitProcessingGUI();
+    virtual void UpdateMaxBufferSize();
+
+    // Of Process: before the effect and behind it.
+    virtual void PrepareForProcessing(const float* const* inputs, int sampleCount);
+    virtual void PrepareForProcessing(const float* const* inputs, const float* const* outputs,
+                                      int sampleCount);
+
+    std::unique_ptr<MAudioEffectPluginHost> effectHost;
+    MAudioEffectPlugin* effect = nullptr;  // effectHost's
+    ParameterAdapterMap effectParameters;
+
+    // Under processLock.
+    TransportInfo transport;      // of the present sub-block
+    bool transportDirty = false;  // the effect wants to know it
+    int maxBlockSize = 1;         // the effect's
+
+private:
+    using Adapter = MAudioEffectPluginToAudioPluginAdapter;
+
+    // A parameter for hosts alone: when it rises past the threshold, presets are stepped.
+    struct PresetTrigger {
+        ParameterRecord record;
+        double lastPosition = 0;  // at the last block; on the audio thread
+        bool HasRisen();
+    };
+
+    void BindEffect();
+    void SetCallbacks();
+    void CreatePins(Options options);
+    void DiscardEffect();
+    void AddTrigger(PresetTrigger& trigger, const char* name);
+
+    void StepPreset(int steps);
+    void ServePresetStep();
+    void TakeTransport();
+    void FeedMeter(MMeterSink* meter, const float* const* bus, int channels, int sampleCount) const;
+
+    PresetTrigger presetTriggerPrevious;
+    PresetTrigger presetTriggerNext;
+    std::atomic<std::int32_t> pendingPresetStep = 0;  // waits for a user interface
+
+    std::atomic<std::int32_t> protection = kDefaultProtection;  // samples
+    std::atomic<bool> midSideMode = false;
+
+    // Under processLock; meters are changed on the user-interface thread only.
+    bool subBlocking = false;  // something moves parameters within this block
+    Meters meters;
+    int channelOffset = 0;
+    int channelCount = kChannelStride;
+    bool sideChainMetering = false;  // the effect wants its side-chain shown
+
+    UserInterfaceCall<Adapter> presetStepCall{*this, &Adapter::ServePresetStep};
+    UserInterfaceCall<Adapter> initGUICall{*this, &Adapter::InitProcessingGUI};
+    UserInterfaceCall<Adapter> updateEditorCall{*this, &Adapter::UpdateEditor};
+};
