@@ -29,6 +29,20 @@ struct HostDouble : MAudioPluginAdapter {
     std::vector<int> latencies;
 };
 
+// All of the audio in blocks of one size; in place or not, with as many channels as come in.
+inline Audio RunPlugin(MAudioPlugin& plugin, Audio input, int blockSize, bool inPlace = false) {
+    const int length = static_cast<int>(input[0].size());
+    Audio output = input;
+    Audio& target = inPlace ? input : output;
+    for (int from = 0; from < length; from += blockSize) {
+        ChannelPointers in{}, out{};
+        std::ranges::copy(WritePointers(input, from), in.begin());
+        std::ranges::copy(WritePointers(target, from), out.begin());
+        plugin.ProcessAudio(in.data(), out.data(), std::min(blockSize, length - from), true);
+    }
+    return target;
+}
+
 // A plug-in with one smoothed parameter around an effect that delays by `latency`, scales by `gain`
 // and writes down how it was called.
 struct FramePlugin : MAudioPlugin {
@@ -59,18 +73,8 @@ struct FramePlugin : MAudioPlugin {
         blockLimit = block;
         interpolationLimit = automationBlock;
     }
-    // All of the audio in blocks of one size; in place or not, with as many channels as come in.
     Audio Run(Audio input, int blockSize, bool inPlace = false) {
-        const int length = static_cast<int>(input[0].size());
-        Audio output = input;
-        Audio& target = inPlace ? input : output;
-        for (int from = 0; from < length; from += blockSize) {
-            ChannelPointers in{}, out{};
-            std::ranges::copy(WritePointers(input, from), in.begin());
-            std::ranges::copy(WritePointers(target, from), out.begin());
-            ProcessAudio(in.data(), out.data(), std::min(blockSize, length - from), true);
-        }
-        return target;
+        return RunPlugin(*this, std::move(input), blockSize, inPlace);
     }
 
     void ParametersChanged() override { ++updates; }
