@@ -2,12 +2,12 @@
 #include "foundation/xml/storable.h"
 
 bool MStorable::Save(MAttribute& item) {
-    item.SetAttribute(name, GetText());
+    item.SetAttribute(name, GetString());
     return true;
 }
 
 bool MStorable::Load(MAttribute& item) {
     if (!item.HasAttribute(name)) return OnMissing();
-    SetText(item.GetCachedAttribute());
+    SetString(item.GetCachedAttribute());
     return true;
 }

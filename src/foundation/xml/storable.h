@@ -6,17 +6,20 @@
 
 // A named value that stores itself as one attribute of a tree item.
 //
+// Its text is the one in storage. What a subclass shows to people may be another one, which is why
+// the names GetText and SetText are left to subclasses.
+//
 // Threads  as the owner says
 // Errors   what the subclass raises
 
 class MStorable : public MObject {
 public:
-    explicit MStorable(const MString& name) : name(name) {}
+    explicit MStorable(const MString& name = "value") : name(name) {}
 
-    // The value as text; empty here.
-    virtual MString GetText() { return MString(); }
+    // The value as text in storage; empty here.
+    virtual MString GetString() { return MString(); }
     // Does nothing here.
-    virtual void SetText(const MString&) {}
+    virtual void SetString(const MString&) {}
     // On loading where the attribute is absent. The answer is Load's; false here.
     virtual bool OnMissing() { return false; }
     // Always true here.

@@ -22,8 +22,8 @@ std::string NamesBothWays(MAttribute& item) {
 class Rate final : public MStorable {
 public:
     Rate() : MStorable("Rate") {}
-    MString GetText() override { return text; }
-    void SetText(const MString& newText) override { text = newText; }
+    MString GetString() override { return text; }
+    void SetString(const MString& newText) override { text = newText; }
     bool OnMissing() override { return ++missed == 2; }
 
     MString text = "0.5";
