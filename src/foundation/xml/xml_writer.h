@@ -5,8 +5,10 @@
 #include "foundation/text/encoding.h"
 #include "foundation/xml/attribute.h"
 
-// Writes trees as XML. White space at the ends of a value is lost when it is read again, and so are
-// carriage returns and NULs anywhere.
+// Writes trees as XML. White space at the ends of a value is lost when it is read again, line feeds
+// included: entities are resolved before texts are trimmed. So are carriage returns and NULs
+// anywhere. Names are not escaped, and the ASCII codec cuts units to a byte, which may be mark-up:
+// what people type belongs into values and texts, in an encoding that has all characters.
 //
 // Threads  one; the tree does not change meanwhile
 // Errors   MException "XML entity cannot have empty name." with code 256, before anything is
