@@ -3,9 +3,9 @@
 
 #include <cmath>
 
+#include "foundation/objects/guarded.h"
 #include "plugin/frame/automation_update_thread.h"
 #include "plugin/frame/editor_factory.h"
-#include "plugin/frame/guarded.h"
 #include "plugin/frame/processing_pause.h"
 
 namespace {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <utility>
 
+#include "foundation/objects/guarded.h"
 #include "plugin/frame/audio_plugin.h"
 #include "plugin/frame/automation_update_thread.h"
 #include "plugin/frame/editor_factory.h"
-#include "plugin/frame/guarded.h"
 
 AutomationUpdateRequestThread::AutomationUpdateRequestThread(MAudioPlugin& plugin)
     : plugin(plugin) {

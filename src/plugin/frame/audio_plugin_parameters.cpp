@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "foundation/objects/guarded.h"
 #include "plugin/frame/audio_plugin.h"
-#include "plugin/frame/guarded.h"
 
 // Without an adapter the answer is neutral.
 template <typename Neutral, typename Call>

@@ -4,10 +4,10 @@
 
 #include "dsp/finite.h"
 #include "dsp/vectors.h"
+#include "foundation/objects/guarded.h"
 #include "foundation/objects/tolerances.h"
 #include "plugin/frame/audio_plugin.h"
 #include "plugin/frame/flush_to_zero.h"
-#include "plugin/frame/guarded.h"
 
 namespace {
 

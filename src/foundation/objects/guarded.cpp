@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "plugin/frame/guarded.h"
+#include "foundation/objects/guarded.h"
 
 #include <cstdio>
 #include <cstdlib>
