@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr const char* kModes[] = {"Off", "Slow", "Fast"};
-
 // A client with words of its own for one value.
 struct Words : MObject {
     void OnText(const MOnCustomTextParams& params) {
@@ -19,6 +17,7 @@ struct Words : MObject {
     }
 };
 
+// Every entry is found by its name, and one of them is called so.
 template <typename Enumeration>
 void CheckNames(int count, int index, const char* name) {
     MValueEnum<Enumeration> value;
@@ -35,6 +34,7 @@ void CheckNames(int count, int index, const char* name) {
 }  // namespace
 
 TEST(ChoiceValues, EntriesSpreadOverTheKnob) {
+    constexpr const char* kModes[] = {"Off", "Slow", "Fast"};
     int index = 1;
     MValueLiteralList list(MValueRef(&index), kModes, 3, 2);
     const std::pair<double, int> cases[] = {{0, 0},    {0.24, 0}, {0.25, 1}, {0.74, 1},
@@ -97,24 +97,18 @@ TEST(ChoiceValues, KnowTheEnumerationsByName) {
     CheckNames<MThread::Priority>(7, 6, "Critical");
 }
 
-TEST(ValueItems, StandAtEvenPositions) {
+TEST(WholeNumbers, OfferEachOfTheirNumbersAndOtherWords) {
+    Words words;
     MValueInt32 voices({}, 2, 1, 10);
     EXPECT_EQ(voices.GetItemCount(), 10);
     EXPECT_EQ(voices.GetItemObject(4).text, "5");
     voices.SetItem(9);
     EXPECT_EQ(voices.Get(), 10);
+    voices.customText.Connect<&Words::OnText>(&words);
+    EXPECT_TRUE(voices.SetText("one"));
+    EXPECT_EQ(voices.Get(), 1);
+    EXPECT_EQ(voices.GetTextObject().text, "few");
+    EXPECT_EQ(voices.GetTextFrom01(1), "10") << "the scale's own";
     EXPECT_EQ(MValueInt32({}, 0, INT32_MIN, INT32_MAX).GetItemCount(), INT32_MAX);
-    MValueDouble continuous({}, 0.5, 0, 1);
-    EXPECT_TRUE(continuous.SetItem(3));
-    EXPECT_EQ(continuous.Get(), 0);
-}
-
-TEST(CustomText, StandsInForTheScale) {
-    Words words;
-    MValueInt32 value({}, 3, 0, 10);
-    value.customText.Connect<&Words::OnText>(&words);
-    EXPECT_EQ(value.GetTextObject().text, "few");
-    EXPECT_EQ(value.GetTextFrom01(1), "10");
-    EXPECT_TRUE(value.SetText("many"));
-    EXPECT_EQ(value.Get(), 10);
+    EXPECT_EQ(MValueDouble().GetItemCount(), 0);
 }

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "parameters/values/value_checks.h"
+#include "parameters/values/value_scales.h"
+#include "support/allocation_trap.h"
+
+// The rows of value_cases.txt, which says what they mean.
+
+namespace {
+
+using MakeValue = std::unique_ptr<MValue> (*)();
+
+template <typename Value>
+std::unique_ptr<MValue> Make() {
+    return std::make_unique<Value>();
+}
+
+// A text without a value, told as if it had one.
+template <auto text>
+struct Told : MValueDouble {
+    MString TextOf(double number) const override { return text(number); }
+};
+
+MString Underlined(double hertz) { return FrequencyCaption(hertz, "_"); }
+
+const std::map<std::string, MakeValue> kClasses = {{"Decibels", Make<Told<DecibelNumberText>>},
+                                                   {"Degrees", Make<MValueDegreesFrom01>},
+                                                   {"Double", Make<MValueDouble>},
+                                                   {"Float", Make<MValueFloat>},
+                                                   {"Frequency", Make<MValueFrequency>},
+                                                   {"FrequencyCaption", Make<Told<Underlined>>},
+                                                   {"FrequencyLinear", Make<MValueFrequencyLinear>},
+                                                   {"FrequencyLog", Make<MValueFrequencyLog>},
+                                                   {"Int16", Make<MValueInt16>},
+                                                   {"Int32", Make<MValueInt32>},
+                                                   {"Int64", Make<MValueInt64>},
+                                                   {"Note", Make<MValueMIDINote>},
+                                                   {"Pan", Make<MValuePan>},
+                                                   {"Percents", Make<MValuePercents>},
+                                                   {"Pitch", Make<MValuePitch>},
+                                                   {"Pitch of hertz", Make<Told<PitchText>>},
+                                                   {"Shape", Make<MValueSignalGeneratorShape>},
+                                                   {"StepDouble", Make<MValueStepDouble>},
+                                                   {"StepPercents", Make<MValueStepPercents>},
+                                                   {"Time", Make<MValueTimeMS>},
+                                                   {"Volume", Make<MValueVolume>}};
+
+struct Row {
+    double Position() const {
+        double position = NAN;
+        std::from_chars(left.data(), left.data() + left.size(), position);
+        return position;
+    }
+    std::string left, sign, right;
+};
+
+void CheckTold(MValue& value, const Row& row) {
+    value.SetString(MString::FromUtf8(row.left));
+    MString text;
+    {
+        AllocationTrap trap("text");
+        text = value.GetText();
+        if (trap.Calls() <= 1 || row.sign == "~>") trap.Forgive();
+    }
+    EXPECT_EQ(text.ToUtf8(), row.right);
+}
+
+void CheckTyped(MValue& value, const Row& row) {
+    const std::string before = value.GetString().ToUtf8();
+    const bool stays = row.left == "same";
+    value.ClearChanged();
+    EXPECT_EQ(value.SetText(MString::FromUtf8(row.right)), !stays);
+    EXPECT_EQ(value.HasChanged(), !stays);
+    EXPECT_EQ(value.GetString().ToUtf8(), stays ? before : row.left);
+}
+
+void CheckMove(MValue& value, const Row& row) {
+    const MString ahead = value.GetTextFrom01(row.Position());
+    {
+        AllocationTrap trap("Set01 and Limit");
+        value.Set01(row.Position());
+        value.Limit();
+    }
+    EXPECT_EQ(value.GetString().ToUtf8(), row.right);
+    EXPECT_EQ(value.GetTextInternal(), ahead);
+}
+
+void CheckPosition(MValue& value, const Row& row) {
+    value.SetString(MString::FromUtf8(row.right));
+    AllocationTrap trap("Get01");
+    EXPECT_NEAR(value.Get01(), row.Position(), 1e-12);
+}
+
+void CheckRow(MValue& value, const Row& row) {
+    SCOPED_TRACE(row.left + " " + row.sign + " " + row.right);
+    TestItem item{{MString::FromUtf8(row.left), MString::FromUtf8(row.right)}};
+    if (row.sign == ":=") return value.LoadXmlAttributes(item);
+    if (row.sign == "<-") return CheckTyped(value, row);
+    if (row.sign == "->" || row.sign == "~>") return CheckTold(value, row);
+    if (row.sign == "=>") return CheckMove(value, row);
+    if (row.sign == "<=") return CheckPosition(value, row);
+    EXPECT_EQ(value.GetString().ToUtf8(), row.right);
+}
+
+void CheckAllRows() {
+    std::ifstream file(QUILLOREA_VALUE_CASES);
+    std::unique_ptr<MValue> value;
+    int sections = 0;
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty() || line.starts_with('#')) continue;
+        if (line.starts_with('[')) {
+            value = kClasses.at(line.substr(1, line.size() - 2))();
+            ++sections;
+            continue;
+        }
+        const std::size_t space = line.find(' ');
+        line.resize(std::max(line.size(), space + 4), ' ');
+        CheckRow(*value,
+                 {line.substr(0, space), line.substr(space + 1, 2), line.substr(space + 4)});
+    }
+    EXPECT_GT(sections, 20);
+}
+
+}  // namespace
+
+// Few machines have a locale with a comma, so the test makes one.
+TEST(ValueCases, HoldInEveryLocale) {
+    CheckAllRows();
+    EXPECT_EQ(PitchText(HUGE_VAL), "");
+    const std::string folder = testing::TempDir() + "values." + std::to_string(getpid());
+    const std::string make =
+        "mkdir " + folder + " && localedef -i de_DE -f UTF-8 " + folder + "/de_DE.UTF-8 2>&1";
+    setenv("LOCPATH", folder.c_str(), 1);
+    if (std::system(make.c_str()) != 0 || !std::setlocale(LC_ALL, "de_DE.UTF-8"))
+        GTEST_SKIP() << "the package locales is missing";
+    CheckAllRows();
+    std::setlocale(LC_ALL, "C");
+    std::filesystem::remove_all(folder);
+}
