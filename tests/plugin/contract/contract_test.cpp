@@ -32,7 +32,7 @@ public:
     std::intptr_t Init() override { return Note("init "); }
     std::intptr_t Prepare(int newChannels, int newSampleRate) override {
         MAudioEffectPlugin::Prepare(newChannels, newSampleRate);
-        return Note("prepare ");
+        return Note("prepare" + std::to_string(channels) + " " + std::to_string(sampleRate) + " ");
     }
     void Update() override {
         Note("update ");
@@ -93,12 +93,12 @@ TEST(PluginSystem, AnswersWhyAnEffectCouldNotBeMadeAndLeavesNothing) {
     EXPECT_THROW(MPluginSystem::CreateOrRaise("effect", EntryWithoutDescriptor), MException);
     EXPECT_EQ(liveObjects, 0);
     EXPECT_EQ(MPluginSystem::Create("effect", GoodEntry, host), 0);
-    EXPECT_EQ(static_cast<RecordingEffect*>(host->plugin)->log, "init ");
     host.reset();
     EXPECT_EQ(liveObjects, 0);
 }
 
 TEST_F(Contract, RunsWhatEachCommandAsksFor) {
+    EXPECT_EQ(Effect().log, "init ");
     for (int code : {-1, 8, 9, 10, 14, 16, 19, 21, 99, 108, 1000})
         EXPECT_EQ(host->Command(code), -1) << code;
     EXPECT_EQ(LogOf(PluginCommand::kParameterChanged, 0), "changed0 update ");
@@ -109,23 +109,19 @@ TEST_F(Contract, RunsWhatEachCommandAsksFor) {
     EXPECT_EQ(LogOf(PluginCommand::kRandomize, 1.0), "special update ");
 
     Effect().records[1].Set(0.9);
-    EXPECT_EQ(LogOf(PluginCommand::kPrepare, 6, 96000), "prepare update reset ");
-    EXPECT_EQ(Effect().channels, 6);
-    EXPECT_EQ(Effect().sampleRate, 96000);
+    EXPECT_EQ(LogOf(PluginCommand::kPrepare, 6, 96000), "prepare6 96000 update reset ");
     EXPECT_EQ(Effect().records[1].stored, 0.9) << "nothing ramps into the next block";
     EXPECT_EQ(host->Command(PluginCommand::kPrepare), 77);
 }
 
 TEST_F(Contract, UpdatesOnceForManyRequestsAndKeepsOneThatComesMeanwhile) {
     Effect().log.clear();
-    Effect().RequestUpdate();
-    Effect().RequestUpdate();
+    for (int request = 0; request < 2; ++request) Effect().RequestUpdate();
     Effect().asksAgain = true;
-    Effect().UpdateIfNeeded();
-    EXPECT_EQ(Effect().log, "update ");
-    Effect().UpdateIfNeeded();
-    Effect().UpdateIfNeeded();
-    EXPECT_EQ(Effect().log, "update update ");
+    for (const char* const log : {"update ", "update update ", "update update "}) {
+        Effect().UpdateIfNeeded();
+        EXPECT_EQ(Effect().log, log);
+    }
 }
 
 TEST_F(Contract, HandsWhatTheEffectTellsToTheCallback) {
@@ -136,8 +132,7 @@ TEST_F(Contract, HandsWhatTheEffectTellsToTheCallback) {
         ++*static_cast<int*>(from.owner);
         return std::intptr_t{5};
     });
-    EXPECT_EQ(Effect().Tell(2), 5);
-    for (int code : {-1, 0, 1, 3, 7, 8}) EXPECT_EQ(Effect().Tell(code), -1) << code;
+    for (int code = -1; code <= 8; ++code) EXPECT_EQ(Effect().Tell(code), code == 2 ? 5 : -1);
     EXPECT_EQ(told, 1);
 }
 
@@ -151,7 +146,6 @@ TEST_F(Contract, DeletesArgumentsThatItWasGivenOnceTheCommandIsDone) {
     EXPECT_EQ(arguments.Integer(1), 0) << "read as another kind than it is";
     EXPECT_EQ(arguments.Number(0), 0);
     EXPECT_EQ(arguments.Pointer<MObject>(3), nullptr);
-    EXPECT_EQ(liveObjects, before + 1);
     host->Command(PluginCommand::kNotify, arguments);
     EXPECT_EQ(liveObjects, before);
     EXPECT_EQ(arguments.Object(3), nullptr);

@@ -4,17 +4,46 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <set>
+#include <map>
 #include <utility>
 
 #include "foundation/objects/random.h"
 
+namespace {
+
+constexpr std::pair<PositionLaw, int> kLaws[] = {
+    {PositionLaw::Linear, 1}, {PositionLaw::Square, 2}, {PositionLaw::FourthPower, 4}};
+
+// Enough for the generator's largest number, one in 32768, to come up for every kind of record.
+constexpr int kDraws = 200000;
+// Of a mean of that many draws between 0 and 1, whose deviation is at most 1/2: five of its own.
+constexpr double kMeanTolerance = 5 * 0.5 / 447.2;
+
+using Shares = std::map<double, double>;  // of the draws that gave a value
+
+// start is set before each draw.
+Shares Draw(ParameterRecord& record, double amount, double start) {
+    Shares shares;
+    for (int draw = 0; draw < kDraws; ++draw) {
+        record.Set(start);
+        record.Randomize(amount);
+        shares[record.Get()] += 1.0 / kDraws;
+    }
+    return shares;
+}
+
+double Mean(const Shares& shares) {
+    double mean = 0;
+    for (const auto& [value, share] : shares) mean += value * share;
+    return mean;
+}
+
+}  // namespace
+
 TEST(ParameterRecord, BendsPositionsByItsLaw) {
     ParameterRecord record;
     record.SetFloat("Range", "Range", 0.0001, 0.1, 0.01);
-    for (const auto& [law, exponent] : {std::pair(PositionLaw::Linear, 1),
-                                        {PositionLaw::Square, 2},
-                                        {PositionLaw::FourthPower, 4}}) {
+    for (const auto& [law, exponent] : kLaws) {
         record.law = law;
         for (const double position : {0.0, 0.3, 0.5, 1.0}) {
             const double value = 0.0001 + 0.0999 * std::pow(position, exponent);
@@ -24,24 +53,30 @@ TEST(ParameterRecord, BendsPositionsByItsLaw) {
     }
 }
 
-TEST(ParameterRecord, ASetGoesToTheTargetWhileAMoveIsUnderWay) {
+TEST(ParameterRecord, SetsTheTargetWhileAMoveIsUnderWay) {
     ParameterRecord record;
-    record.SetFloat("Rate", "Rate", -2, 2, -1);
+    record.SetFloat("Rate", "Rate", 0, 1, 0.5);
+    EXPECT_EQ(record.flags, 0x461u) << "takes part, updates, is randomised and enabled";
     record.SetSmoothing(true);
-    EXPECT_EQ(record.Effective(), -1);
-    record.SetEffective(0.5);
-    EXPECT_EQ(record.Get(), -1);
     EXPECT_EQ(record.Effective(), 0.5);
+    record.SetEffective(0.75);
+    record.Clear(ParameterFlag::kUpdates | ParameterFlag::kRandomizes);
+    record.Randomize(1);
+    EXPECT_EQ(record.Effective(), 0.75) << "takes no part in randomising";
+    record.Randomize(1, true);
+    EXPECT_NE(record.Effective(), 0.75) << "forced";
+    EXPECT_EQ(record.Get(), 0.5);
     record.SetSmoothing(false);
-    EXPECT_EQ(record.Effective(), -1);
+    EXPECT_EQ(record.Effective(), 0.5);
+    EXPECT_EQ(record.flags, 0x401u) << "the others are left alone";
 }
 
 // The generator's numbers from seed 1 are well known: 41, 18467, 6334, 26500, 19169, 15724, 11478,
 // 29358. The results follow from them by hand; a row that draws too much or too little shifts all
 // later ones.
-TEST(ParameterRecord, RandomisesByOneSequence) {
+TEST(Randomising, FollowsOneSequence) {
     std::atomic<std::uint8_t> onOff = 1;
-    ParameterRecord linear, fourth, integer, list, boolean, group, head, fixed, moved, whole;
+    ParameterRecord linear, fourth, integer, list, boolean, group, head, whole;
     linear.SetFloat("", "", 0, 2, 1);
     fourth.SetFloat("", "", 0.0001, 0.1, 0.01);
     fourth.law = PositionLaw::FourthPower;
@@ -50,9 +85,6 @@ TEST(ParameterRecord, RandomisesByOneSequence) {
     boolean.SetBoolean("", "", false);
     group.SetGroup("", "", &onOff);
     head.SetGroup("", "");
-    fixed.SetFloat("", "", 0, 1, 0.25);
-    fixed.Clear(ParameterFlag::kRandomizes);
-    moved.SetFloat("", "", 0, 2, 1);
     whole.SetFloat("", "", 0, 10, 5);
     whole.Raise(ParameterFlag::kRandomizesWhole);
     const struct {
@@ -65,11 +97,10 @@ TEST(ParameterRecord, RandomisesByOneSequence) {
         {list, 1, 5},       // 26500: trunc(5.66)
         {boolean, 0.49, 0},
         {head, 1, 0},
-        {fixed, 1, 0.25},
         {boolean, 0.5, 1},  // 19169 is odd
         {group, 1, 0},      // 15724 is even
-        // From position 0.5 by 11478 / 32767 * 0.4 - 0.2.
-        {moved, 0.2, 2 * (0.3 + 0.4 * 11478 / 32767.0)},
+        // From position 41 / 32767 by 11478 / 32767 - 0.5, which is below 0.
+        {linear, 0.5, 0},
         {whole, 1, 9},  // 29358: 8.96
     };
     SetRandomSeed(1);
@@ -81,22 +112,38 @@ TEST(ParameterRecord, RandomisesByOneSequence) {
     }
 }
 
-TEST(ParameterRecord, StaysInItsRangeHoweverOftenItIsRandomised) {
-    ParameterRecord number, integer, list;
-    number.SetFloat("a", "a", -1, 3, 2.9);
-    integer.SetInteger("b", "b", 1, 10, 10);
-    list.SetEnumeration("c", "c", {"0", "1", "2", "3", "4", "5", "6"}, 6);
-    std::set<double> seen;
-    SetRandomSeed(3);
-    // 200,000 draws: the generator's largest number, 1 in 32768, comes up for each kind of record.
-    for (int draw = 0; draw < 200000; ++draw) {
-        const double amount = draw % 2 == 0 ? 1 : 0.3;
-        for (ParameterRecord* record : {&number, &integer, &list}) {
-            record->Randomize(amount);
-            ASSERT_GE(record->Get(), record->min);
-            ASSERT_LE(record->Get(), record->max);
-        }
-        seen.insert({integer.Get(), 100 + list.Get()});
+TEST(Randomising, SpreadsFloatsEvenlyAlongTheKnob) {
+    SetRandomSeed(7);
+    ParameterRecord record;
+    record.SetFloat("a", "a", 1, 3, 2);
+    for (const auto& [law, power] : kLaws) {
+        record.law = law;
+        EXPECT_NEAR(Mean(Draw(record, 1, 1)), 1 + 2.0 / (power + 1), 2 * kMeanTolerance);
     }
-    EXPECT_EQ(seen.size(), 17u) << "a value that never comes, or one that is not whole";
+    record.law = PositionLaw::Linear;
+    const Shares near = Draw(record, 0.1, 2);  // position 0.5, by up to 0.1 either way
+    EXPECT_NEAR(Mean(near), 2, 0.2 * kMeanTolerance);
+    EXPECT_NEAR(near.rbegin()->first - near.begin()->first, 0.4, 1e-3);
+    EXPECT_NEAR(Draw(record, 0.5, 3)[3], 0.5, kMeanTolerance) << "the end of the knob holds half";
+}
+
+TEST(Randomising, ReachesWholeNumbersByTheirShares) {
+    SetRandomSeed(9);
+    ParameterRecord integer, list, boolean;
+    integer.SetInteger("a", "a", 1, 5, 3);
+    list.SetEnumeration("b", "b", {"0", "1"}, 0);
+    boolean.SetBoolean("c", "c", false);
+    const auto expect = [](Shares drawn, const Shares& expected) {
+        for (const auto& [value, share] : expected)
+            EXPECT_NEAR(drawn[value], share, kMeanTolerance) << value;
+        EXPECT_EQ(drawn.size(), expected.size()) << "out of range, or not whole";
+    };
+    // Rounding gives the ends half a share; an index is cut off.
+    expect(Draw(integer, 1, 3), {{1, 0.125}, {2, 0.25}, {3, 0.25}, {4, 0.25}, {5, 0.125}});
+    expect(Draw(list, 1, 0), {{0, 0.5}, {1, 0.5}});
+    // From the middle by up to 4 * 0.25 either way, and from the end.
+    expect(Draw(integer, 0.25, 3), {{2, 0.25}, {3, 0.5}, {4, 0.25}});
+    expect(Draw(integer, 0.25, 5), {{4, 0.25}, {5, 0.75}});
+    expect(Draw(boolean, 0.5, 0), {{0, 0.5}, {1, 0.5}});
+    expect(Draw(boolean, 0.3, 1), {{1, 1}});
 }
