@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "foundation/text/mstring.h"
+#include "foundation/text/number_reader.h"
 #include "foundation/text/unit_buffer.h"
 
 // How values turn numbers into text and back.
@@ -42,13 +43,6 @@ double RoundHalfUp(double number);
 // What MStringFormatter makes of a format with this one argument.
 MString FormatNumber(const MString& format, double number);
 MString FormatNumber(const MString& format, std::int64_t number);
-
-// The number at the start of a text, behind blanks and with either sign; nothing where none stands
-// there or a double cannot hold it. The point is a point under every locale.
-std::optional<double> ReadNumber(const MString& text);
-// The same for a whole number, which ends at its first other character; one that is too large for
-// 64 bits is taken as the nearest that is not.
-std::optional<std::int64_t> ReadInteger(const MString& text, int radix = 10);
 
 // The number that stands in a text where the format's argument 0 does.
 std::optional<double> ScanNumber(const MString& format, const MString& text);
