@@ -3,22 +3,19 @@
 
 #include <algorithm>
 
-bool MValue::Store(MValueAttributes& item) {
-    item.Set(key, GetString());
-    return true;
+bool MValue::OnMissing() {
+    SetDefault();
+    return false;
 }
 
-void MValue::Load(MValueAttributes& item) {
-    if (const MString* const text = item.Find(key)) {
-        SetString(*text);
-    } else {
-        SetDefault();
-    }
+bool MValue::Load(MAttribute& item) {
+    const bool wasThere = MStorable::Load(item);
     Limit();
+    return wasThere;
 }
 
-void MValue::LoadXmlAttributes(MValueAttributes& item) {
-    if (const MString* const id = item.Find("id")) key = *id;
+void MValue::LoadXmlAttributes(MAttribute& item) {
+    if (item.HasAttribute("id")) name = item.GetCachedAttribute();
 }
 
 MString MValue::GetText() {

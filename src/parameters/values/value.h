@@ -4,9 +4,9 @@
 #include <cstdint>
 
 #include "foundation/objects/callback.h"
-#include "foundation/objects/object.h"
 #include "foundation/text/mstring.h"
 #include "foundation/text/styled_text.h"
+#include "foundation/xml/storable.h"
 #include "parameters/values/value_ref.h"
 
 class MValue;
@@ -18,15 +18,6 @@ struct MOnCustomTextParams {
     MValue& value;
     MString& text;  // Get: the handler stores it; Set: what was typed, for the handler to store
     Mode mode;
-};
-
-// The attributes of an item, as values read and write them.
-class MValueAttributes {
-public:
-    virtual ~MValueAttributes() = default;
-    // Null where there is none of this name; valid until the next call.
-    virtual const MString* Find(const MString& name) = 0;
-    virtual void Set(const MString& name, const MString& text) = 0;
 };
 
 enum class MValueType { Float, Integer, Enumeration };
@@ -49,7 +40,7 @@ enum class MValueType { Float, Integer, Enumeration };
 // Memory   positions, limits and steps never allocate; a text is at most one allocation where its
 //          scale writes plain text around one number
 // Errors   std::bad_alloc; texts that make no sense leave the number alone
-class MValue : public MObject {
+class MValue : public MStorable {
 public:
     static constexpr double kFineStep = 0.001;  // positions that one fine step moves by
 
@@ -59,15 +50,15 @@ public:
 
     // The text in storage: six decimals, decimal digits, or the entry's name. A SetString is not
     // limited but for an entry.
-    virtual MString GetString() = 0;
-    virtual void SetString(const MString& text) = 0;
+    MString GetString() override = 0;
+    void SetString(const MString& text) override = 0;
     virtual bool SetDefault() = 0;
 
-    // Under the key. Where the key is missing, Load takes the default; it limits either way.
-    virtual bool Store(MValueAttributes& item);
-    virtual void Load(MValueAttributes& item);
-    // The description in a layout file: "id" is the key, the others are the fields of that name.
-    virtual void LoadXmlAttributes(MValueAttributes& item);
+    // Where the attribute is missing, Load takes the default; it limits either way.
+    bool OnMissing() override;
+    bool Load(MAttribute& item) override;
+    // The description in a layout file: "id" is the name, the others are the fields called so.
+    virtual void LoadXmlAttributes(MAttribute& item);
 
     virtual MValueType GetType() const = 0;
 
@@ -100,7 +91,6 @@ public:
     virtual bool HasChanged() const = 0;
     virtual void ClearChanged() = 0;
 
-    MString key = "value";
     MCallback<MOnCustomTextParams> customText;
 
 private:

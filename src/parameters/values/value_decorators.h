@@ -6,7 +6,7 @@
 #include "parameters/values/value.h"
 
 // Another value with its low end stretched along the knob. All but the position is the other
-// value's own, the key and the handler for its text included.
+// value's own, the name and the handler for its text included.
 //
 //     MValueScaleSqr rate(seconds);   // the middle of the knob is a quarter of the way
 
@@ -15,9 +15,9 @@ public:
     MString GetString() override { return inner.GetString(); }
     void SetString(const MString& text) override { inner.SetString(text); }
     bool SetDefault() override { return inner.SetDefault(); }
-    bool Store(MValueAttributes& item) override { return inner.Store(item); }
-    void Load(MValueAttributes& item) override { inner.Load(item); }
-    void LoadXmlAttributes(MValueAttributes& item) override { inner.LoadXmlAttributes(item); }
+    bool Save(MAttribute& item) override { return inner.Save(item); }
+    bool Load(MAttribute& item) override { return inner.Load(item); }
+    void LoadXmlAttributes(MAttribute& item) override { inner.LoadXmlAttributes(item); }
     MValueType GetType() const override { return inner.GetType(); }
 
     MString GetText() override { return inner.GetText(); }

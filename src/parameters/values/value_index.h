@@ -23,7 +23,7 @@ public:
     void SetString(const MString& text) override { SetText(text); }
     bool SetDefault() override { return Assign(defaultIndex); }
     // "default" and "value" are names of entries.
-    void LoadXmlAttributes(MValueAttributes& item) override;
+    void LoadXmlAttributes(MAttribute& item) override;
     MValueType GetType() const override { return MValueType::Enumeration; }
 
     MString GetTextInternal() const override { return EntryOrEmpty(Get()); }
@@ -94,10 +94,9 @@ private:
 };
 
 template <typename Index>
-void MValueIndex<Index>::LoadXmlAttributes(MValueAttributes& item) {
+void MValueIndex<Index>::LoadXmlAttributes(MAttribute& item) {
     const auto read = [this, &item](const MString& name, int& index) {
-        const MString* const text = item.Find(name);
-        const int found = text != nullptr ? FindEntry(*text) : -1;
+        const int found = item.HasAttribute(name) ? FindEntry(item.GetCachedAttribute()) : -1;
         if (found >= 0) Set(index = found);
         return found >= 0;
     };

@@ -53,7 +53,7 @@ public:
         return IsNewAfter([this] { Set(defaultValue); });
     }
     // Ranges and steps are taken as they are told: a new range makes no new inc.
-    void LoadXmlAttributes(MValueAttributes& item) override;
+    void LoadXmlAttributes(MAttribute& item) override;
 
     MValueType GetType() const override {
         return integral ? MValueType::Integer : MValueType::Float;
@@ -192,10 +192,10 @@ private:
 
 template <typename Stored, typename Computed, bool integral, bool logarithmicFine>
 void MValueNumber<Stored, Computed, integral, logarithmicFine>::LoadXmlAttributes(
-    MValueAttributes& item) {
+    MAttribute& item) {
     const auto read = [&item](const MString& name, Computed& field) {
-        const MString* const text = item.Find(name);
-        const std::optional<Computed> number = text != nullptr ? Parse(*text) : std::nullopt;
+        std::optional<Computed> number;
+        if (item.HasAttribute(name)) number = Parse(item.GetCachedAttribute());
         if (number) field = *number;
         return number.has_value();
     };
@@ -210,7 +210,7 @@ void MValueNumber<Stored, Computed, integral, logarithmicFine>::LoadXmlAttribute
     }
     read("inc", inc);
     if (!read("maxinc", maxinc)) maxinc = std::max(maxinc, inc);
-    if (const MString* const text = item.Find("format")) format = *text;
+    if (item.HasAttribute("format")) format = item.GetCachedAttribute();
 }
 
 using MValueDouble = MValueNumber<double, double, false, false>;

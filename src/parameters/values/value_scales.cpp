@@ -21,7 +21,7 @@ MValueFrequency::MValueFrequency(const MValueRef& source, double value, double m
     UpdateBounds();
 }
 
-void MValueFrequency::LoadXmlAttributes(MValueAttributes& item) {
+void MValueFrequency::LoadXmlAttributes(MAttribute& item) {
     MValueDoubleFine::LoadXmlAttributes(item);
     UpdateBounds();
 }
@@ -69,11 +69,11 @@ MValueStepDouble::MValueStepDouble(const MValueRef& source, double value, double
     MValueStepDouble::Limit();
 }
 
-void MValueStepDouble::LoadXmlAttributes(MValueAttributes& item) {
+void MValueStepDouble::LoadXmlAttributes(MAttribute& item) {
     MValueDouble::LoadXmlAttributes(item);
-    const MString* const text = item.Find("step");
-    const std::optional<double> number = text != nullptr ? ReadNumber(*text) : std::nullopt;
-    if (number) SetStep(*number);
+    if (!item.HasAttribute("step")) return;
+    if (const std::optional<double> number = ReadNumber(item.GetCachedAttribute()))
+        SetStep(*number);
 }
 
 double MValueStepDouble::Limited(double number) const {

@@ -34,7 +34,7 @@ class MValueFrequency : public MValueDoubleFine {
 public:
     explicit MValueFrequency(const MValueRef& source = {}, double value = 1000, double min = 20,
                              double max = 20000);
-    void LoadXmlAttributes(MValueAttributes& item) override;
+    void LoadXmlAttributes(MAttribute& item) override;
 
 protected:
     MString TextOf(double number) const override { return FrequencyText(number); }
@@ -130,7 +130,7 @@ class MValueStepDouble : public MValueDouble {
 public:
     explicit MValueStepDouble(const MValueRef& source = {}, double value = 0, double min = 0,
                               double max = 1, double step = 0);
-    void LoadXmlAttributes(MValueAttributes& item) override;
+    void LoadXmlAttributes(MAttribute& item) override;
 
 protected:
     double Limited(double number) const override;

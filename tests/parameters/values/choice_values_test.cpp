@@ -63,13 +63,13 @@ TEST(ChoiceValues, AreStoredAndDescribedByName) {
     TestItem item{{"value", "interval"}};
     mode.LoadXmlAttributes(item);
     EXPECT_EQ(mode.defaultIndex, 4);
-    mode.Store(item);
-    EXPECT_EQ(item.texts["value"], "Interval");
-    item = {{"value", "Down only"}, {"default", "Full range"}};
-    mode.LoadXmlAttributes(item);
+    mode.Save(item);
+    EXPECT_EQ(item.GetAttribute("value"), "Interval");
+    TestItem described{{"value", "Down only"}, {"default", "Full range"}};
+    mode.LoadXmlAttributes(described);
     EXPECT_EQ(mode.Get(), 3);
-    item.texts.clear();
-    mode.Load(item);
+    TestItem empty;
+    mode.Load(empty);
     EXPECT_EQ(mode.Get(), 1);
 }
 

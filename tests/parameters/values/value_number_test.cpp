@@ -86,15 +86,15 @@ TEST(ValueNumber, ReadsWhatAnItemOfATreeTells) {
     EXPECT_EQ(value.Get01(), 0.875);
     EXPECT_EQ(value.maxinc, 0.5);  // raised to inc
 
-    EXPECT_TRUE(value.Store(item));
-    EXPECT_EQ(item.texts["Depth"], "3.000000");
+    EXPECT_TRUE(value.Save(item));
+    EXPECT_EQ(item.GetAttribute("Depth"), "3.000000");
     for (const auto& [text, number] : {std::pair("1.5", 1.5), {"no number", 1.5}, {"7", 4.0}}) {
-        item.Set("Depth", text);
-        value.Load(item);
+        item.SetAttribute("Depth", text);
+        EXPECT_TRUE(value.Load(item));
         EXPECT_EQ(value.Get(), number) << text;
     }
     TestItem valueOnly{{"value", "0.25"}, {"min", "low"}};
-    value.Load(valueOnly);
+    EXPECT_FALSE(value.Load(valueOnly));
     EXPECT_EQ(value.Get(), 2) << "the default";
     value.LoadXmlAttributes(valueOnly);
     EXPECT_EQ(value.defaultValue, 0.25);
