@@ -2,6 +2,9 @@
 #include "effect/chorus_driver.h"
 
 #include <algorithm>
+#include <random>
+
+#include "support/allocation_trap.h"
 
 ChorusDriver::ChorusDriver(const ReferenceSettings& settings, PluginEntry entry)
     : host(MPluginSystem::CreateOrRaise("chorus", entry)) {
@@ -18,16 +21,15 @@ void ChorusDriver::Prepare(const ReferenceSettings& settings) {
 }
 
 void ChorusDriver::Set(int index, double value) {
+    const AllocationTrap trap("Update");
     Record(index).Set(value);
     Send(PluginCommand::kParameterChanged, index);
 }
 
 void ChorusDriver::Process(const float* const* inputs, float* const* outputs, int sampleCount,
-                           const ReferenceTransport& transport) {
-    TransportInfo info;
-    info.tempo = transport.tempo;
-    info.position = transport.position;
-    PluginArguments arguments(&info, inputs, outputs, sampleCount);
+                           const TransportInfo& transport) {
+    const AllocationTrap trap("Process");
+    PluginArguments arguments(&transport, inputs, outputs, sampleCount);
     host->Command(PluginCommand::kProcess, arguments);
 }
 
@@ -35,10 +37,10 @@ Audio ChorusDriver::Rendered(const Audio& input, int blockSize) {
     const int sampleCount = static_cast<int>(input[0].size());
     // Not zeros, so that a channel that is not written shows.
     Audio output = Constant(static_cast<int>(input.size()), sampleCount, 99);
-    BlockCutter cutter(blockSize);
-    for (int from = 0, count = 0; from < sampleCount; from += count) {
-        count = cutter.Next(sampleCount - from);
+    int from = 0;
+    for (const int count : BlocksOf(sampleCount, blockSize)) {
         Process(ReadPointers(input, from).data(), WritePointers(output, from).data(), count);
+        from += count;
     }
     return output;
 }
@@ -53,7 +55,10 @@ ReferenceSettings Settings(int channels, int sampleRate, bool highQuality,
     return settings;
 }
 
-int BlockCutter::Next(int samplesLeft) {
-    seed = seed * 1664525u + 1013904223u;
-    return std::min(samplesLeft, size > 0 ? size : 1 + static_cast<int>((seed >> 16) % 700));
+std::vector<int> BlocksOf(int sampleCount, int size) {
+    std::minstd_rand generator;
+    std::vector<int> blocks;
+    for (; sampleCount > 0; sampleCount -= blocks.back())
+        blocks.push_back(std::min(sampleCount, size > 0 ? size : int(1 + generator() % 700)));
+    return blocks;
 }

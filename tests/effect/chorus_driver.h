@@ -14,7 +14,7 @@
 #include "support/signals.h"
 
 // The chorus as a frame drives it: created by its entry function, a lock and a quality flag lent
-// to it, then commands only.
+// to it, then commands only. A Process or a Set that takes or frees memory fails the test.
 //
 // Threads  as the effect's commands
 class ChorusDriver {
@@ -31,7 +31,7 @@ public:
         return host->Command(code, arguments);
     }
     void Process(const float* const* inputs, float* const* outputs, int sampleCount,
-                 const ReferenceTransport& transport = {});
+                 const TransportInfo& transport = {});
     // The whole input in blocks of one size, 0 for random ones.
     Audio Rendered(const Audio& input, int blockSize = 256);
 
@@ -42,19 +42,10 @@ public:
     std::unique_ptr<MAudioEffectPluginHost> host;
 };
 
-using Change = std::pair<int, double>;  // parameter index, value
-
-// Settings with changes from the defaults.
+// Settings with changes (parameter index, value) from the defaults.
+using Change = std::pair<int, double>;
 ReferenceSettings Settings(int channels, int sampleRate, bool highQuality,
                            const std::vector<Change>& changes = {});
 
-// Cuts a length into blocks: all of one size, or for size 0 of 1 to 700 samples.
-class BlockCutter {
-public:
-    explicit BlockCutter(int size) : size(size) {}
-    int Next(int samplesLeft);
-
-private:
-    int size;
-    std::uint32_t seed = 12345;
-};
+// The sizes of the blocks that a length is cut into: one size, or for size 0 of 1 to 700 samples.
+std::vector<int> BlocksOf(int sampleCount, int size);

@@ -35,3 +35,12 @@ double LiteralSincSum(const float* line, int length, int cell, double fraction) 
 float LiteralSincRead(const float* line, int length, int cell, double fraction) {
     return static_cast<float>(LiteralSincSum(line, length, cell, fraction));
 }
+
+float LiteralCubicRead(const float* line, int length, int cell, double fraction) {
+    const float before = line[(cell + length - 1) % length], y0 = line[cell];
+    const float y1 = line[(cell + 1) % length], y2 = line[(cell + 2) % length];
+    const auto f = static_cast<float>(fraction);
+    const float cube = ((y0 - y1) * 3 - before + y2) * 0.5f;
+    const float square = y1 * 2 + before - (y0 * 5 + y2) * 0.5f;
+    return ((cube * f + square) * f + (y1 - before) * 0.5f) * f + y0;
+}

@@ -4,168 +4,98 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
+
+#include "support/literal_reads.h"
 
 namespace {
 
 using P = ReferenceSettings;
 
-// Kaiser-windowed sinc, 128 points per sample, unit sum.
-std::vector<double> MakeKernel() {
-    constexpr double kCutoff = 0.83147068852033, kBeta = 10.08;
-    constexpr int kHalf = 2462;
-    std::vector<double> h;
-    double sum = 0;
-    for (int n = 0; n <= kHalf; ++n) {
-        const double t = std::numbers::pi * kCutoff * n / 128, q = double(n) / kHalf;
-        const double sinc = n == 0 ? 1 : std::sin(t) / t;
-        h.push_back(sinc * std::cyl_bessel_i(0, kBeta * std::sqrt(1 - q * q)));
-        sum += n == 0 ? h.back() : 2 * h.back();
-    }
-    for (double& value : h) value *= 128 / sum;
-    return h;
-}
-
-double Kernel(double place) {
-    static const std::vector<double> table = MakeKernel();
-    const int n = static_cast<int>(place);
-    return table[n] + (table[n + 1] - table[n]) * (place - n);
-}
-
-std::vector<float> MakeShape() {
-    std::vector<float> points(8193);
-    for (int i = 0; i < 8192; ++i)
-        points[i] = static_cast<float>(std::sin(2 * std::numbers::pi * i / 8192));
-    return points;
-}
-
-// The index is truncated towards zero, then wrapped: a negative phase reads past its segment.
+// A sine of 8192 points and straight lines between them, for phases from 0 on.
 double Shape(double phase) {
-    static const std::vector<float> table = MakeShape();
-    const int whole = static_cast<int>(phase * 8192);
-    const int i = (whole % 8192 + 8192) % 8192;
-    return table[i] + (double(table[i + 1]) - table[i]) * (phase * 8192 - whole);
+    const auto point = [](int i) {
+        return double(static_cast<float>(std::sin(2 * std::numbers::pi * (i % 8192) / 8192)));
+    };
+    const int i = static_cast<int>(phase * 8192);
+    return point(i) + (point(i + 1) - point(i)) * (phase * 8192 - i);
 }
 
-double TremoloGain(double g, double amount) {
-    return amount < 0 ? g * amount + 1 : (g - 1) * amount + 1;
+double TremoloGain(double source, double amount) {
+    return amount < 0 ? source * amount + 1 : (source - 1) * amount + 1;
 }
-
-double TremoloSource(double phase) { return (Shape(phase) + 1) * 0.5; }
 
 double Saturated(double x) {
     const auto curve = [](double t) { return t * (27 + t * t) / (27 + 9 * t * t); };
-    const double m = std::abs(x);
-    const double y = std::copysign(m >= 1 ? 1 : curve(3 * m) / curve(3), x);
+    const double y = std::copysign(std::abs(x) >= 1 ? 1 : curve(3 * std::abs(x)) / curve(3), x);
     return y + (y - x) * (y - x);
 }
 
-double WetGain(double dryWet) { return std::min(dryWet, 1.0); }
+double Cube(double x) { return x * x * x; }
 
-double DryGain(double dryWet) { return std::min(1.0, 2 - std::abs(dryWet)); }
+bool IsKnown(double x) { return x >= 0 && x <= 1e9; }
 
 }  // namespace
 
-const std::array<ReferenceParameter, P::kCount>& P::Parameters() {
-    static const double low = std::log10(20), high = std::log10(20000);
-    static const std::array<ReferenceParameter, kCount> table{{
-        {"", "Main parameters", 0, 0, 0, "ur", 0},
-        {"Depth", "Dry/wet", 0, 2, 1, "rm", 0},
-        {"Rate", "Rate", -2, low, -1, "ursm", 0},
-        {"Range", "Range", 0.0001, 0.1, 0.01, "ursm", 2},
-        {"Delay", "Delay", 0, 0.5, 0.005, "ursm", 2},
-        {"Voices", "Voices", 1, 10, 2, "urm", 0},
-        {"Saturation", "Saturation", 0, 1, 0.1, "urm", 0},
-        {"Spread", "Spread", 0, 1, 1, "urm", 0},
-        {"spreadmode", "Spread mode", 0, 6, 0, "ur", 0},
-        {"", "Advanced parameters", 0, 0, 0, "ur", 0},
-        {"DepthVariability", "Depth variability", -1, 1, 0, "ur", 0},
-        {"RateVariability", "Rate variability", -1, 1, 0.5, "urs", 0},
-        {"RangeVariability", "Range variability", -1, 1, 0, "urs", 0},
-        {"DelayVariability", "Delay variability", -1, 1, 0, "urs", 0},
-        {"MinFreq", "Min frequency", low, high, low, "us", 0},
-        {"MaxFreq", "Max frequency", low, high, high, "us", 0},
-        {"Tremolo", "Tremolo", -1, 1, 0, "r", 0},
-        {"VoiceTremolo", "Voice tremolo", -1, 1, 0, "r", 0},
-        {"TremoloPhase", "Tremolo phase", 0, 1, 0, "r", 0},
-        {"sync", "Synchronization", 0, 1, 0, "ur", 0},
-        {"synclength__", "Length", 0, 14, 9, "ur", 0},
-        {"synctype", "Type", 0, 2, 0, "ur", 0},
-        {"syncphase", "Phase", 0, 1, 0.25, "ur", 0},
-    }};
-    return table;
-}
-
-P::ReferenceSettings() {
-    for (int p = 0; p < kCount; ++p) values[p] = Parameters()[p].defaultValue;
-}
-
-float ReferenceChorus::DelayLine::Exchange(double newest) {
-    const float oldest = cells.front();
-    cells.pop_front();
-    cells.push_back(static_cast<float>(newest));
-    return oldest;
-}
-
-void ReferenceChorus::DelayLine::Resize(int newLength) {
-    const int from = static_cast<int>(cells.size()), to = std::max(newLength, 1);
-    const std::deque<float> old = cells;
-    cells.assign(to, from > 0 ? old.front() : 0.0f);
-    if (from < 2 || to < 2) return;
-    for (int i = 1; i < to - 1; ++i) {
-        const double place = double(i) * (double(from - 1) / double(to - 1));
-        const int k = static_cast<int>(place);
-        cells[i] = static_cast<float>((1 - (place - k)) * old[k] + (place - k) * old[k + 1]);
-    }
-    cells.back() = old.back();
-}
-
-// Biquad of the well-known audio cookbook form, Q 0.7; the small constant keeps every coefficient
-// off zero.
-void ReferenceChorus::Filter::Set(bool isHighPass, double frequency, double sampleRate) {
-    const double w = 2 * std::numbers::pi * frequency / sampleRate;
-    const double c = std::cos(w), alpha = std::sin(w) / (2 * 0.7), e = 1e-15f;
-    const double k = 1 / (1 + alpha);
-    b0 = b2 = k * (isHighPass ? 1 + c : 1 - c) / 2 + e;
-    b1 = k * (isHighPass ? -(1 + c) : 1 - c) + e;
-    a1 = k * 2 * c + e;
-    a2 = k * (alpha - 1) + e;
-    enabled = true;
-}
-
-double ReferenceChorus::Filter::Run(int c, double x) {
-    const double y = b0 * x + s2[c];
-    s2[c] = b1 * x + s1[c] + a1 * y;
-    s1[c] = b2 * x + a2 * y;
+float ReferenceLine::Exchange(double newest) {
+    const float y = std::exchange(cells[oldest], static_cast<float>(newest));
+    oldest = (oldest + 1) % static_cast<int>(cells.size());
     return y;
 }
 
-double ReferenceChorus::Voice::Phase(int i) const {
-    return std::fmod(base + double(count + i) * rate, 1);
+void ReferenceLine::Resize(int newLength) {
+    std::rotate(cells.begin(), cells.begin() + oldest, cells.end());
+    oldest = 0;
+    const int from = static_cast<int>(cells.size()), to = std::max(newLength, 1);
+    std::vector<float> stretched;
+    for (int i = 0; i < to; ++i) {
+        const double place = to > 1 ? double(i) * (from - 1) / (to - 1) : 0;
+        const int k = static_cast<int>(place);
+        const double next = cells[std::min(k + 1, from - 1)];
+        stretched.push_back(static_cast<float>(cells[k] + (place - k) * (next - cells[k])));
+    }
+    cells = stretched;
 }
 
-void ReferenceChorus::Voice::SetRate(double newRate) {
-    if (newRate == rate) return;
-    base = Phase(0);
-    count = 0;
-    rate = newRate;
+void ReferenceLine::Clear(int newLength) {
+    cells.assign(newLength, 0.0f);
+    oldest = 0;
 }
 
 void ReferenceChorus::Prepare(const ReferenceSettings& newSettings) {
     settings = last = newSettings;
     maxRange = std::trunc(0.1 * settings.sampleRate);
     maxDelay = std::trunc(0.5 * settings.sampleRate);
-    lineSamples = maxRange + maxDelay + 32;
-    taps = settings.highQuality ? 39 : 5;
-    lineLength = static_cast<std::int64_t>(2 * lineSamples + taps);
     for (int c = 0; c < settings.channels; ++c) {
-        history[c].clear();
-        dryDelay[c].cells.assign(settings.highQuality ? 18 : 1, 0.0f);
-        for (Filter* filter : {&lowPass, &highPass}) filter->s1[c] = filter->s2[c] = 0;
+        lines[c].Clear(static_cast<int>(2 * (maxRange + maxDelay + 32)) +
+                       (settings.highQuality ? 39 : 5));
+        dryDelay[c].Clear(18);
+        lowPass.memory[c] = highPass.memory[c] = {};
     }
     Update();
 }
 
-ReferenceChorus::Fan ReferenceChorus::Fit(double start, double step, double bound, double last) {
+void ReferenceChorus::Update() {
+    voiceCount = static_cast<int>(settings[P::kVoices]);
+    UpdateFilters();
+    UpdateVoices();
+    UpdateStereo();
+}
+
+void ReferenceChorus::UpdateFilters() {
+    using MAudioFilters::FilterType;
+    const double s = settings.sampleRate, limit = 0.49 * s;
+    const double lowest = std::min(limit, std::pow(10, settings[P::kMinFrequency]));
+    const double highest = std::pow(10, settings[P::kMaxFrequency]);
+    highPass.enabled = lowest > 20.000001;
+    lowPass.enabled = highest < std::min(limit, 19999.999);
+    if (highPass.enabled) highPass.filter.Set(FilterType::HighPass, lowest, s, 0.7, 0);
+    if (lowPass.enabled) lowPass.filter.Set(FilterType::LowPass, highest, s, 0.7, 0);
+}
+
+ReferenceChorus::Fan ReferenceChorus::Fit(double start, double step, double bound, int voiceCount) {
+    if (voiceCount == 1) return {start, 0};
+    const double last = voiceCount - 1;
     if (step < 0) {
         start = std::max(start, std::min(bound, -last * step));
         step = std::max(step, -start / last);
@@ -176,188 +106,139 @@ ReferenceChorus::Fan ReferenceChorus::Fit(double start, double step, double boun
     return {start, step};
 }
 
-void ReferenceChorus::UpdateFilters() {
-    const double lowest = std::pow(10, settings[P::kMinFrequency]);
-    const double highest = std::pow(10, settings[P::kMaxFrequency]);
-    highPass.enabled = lowPass.enabled = false;
-    if (lowest > 20 * (1 + 1e-9)) highPass.Set(true, lowest, settings.sampleRate);
-    if (highest < 20000 * (1 - 1e-9)) lowPass.Set(false, highest, settings.sampleRate);
-}
-
-void ReferenceChorus::Update() {
-    static constexpr double kSpeeds[] = {0,
-                                         0.102803738317757,
-                                         0.18446601941747573,
-                                         0.2911392405063291,
-                                         0.3872832369942196,
-                                         0.48314606741573035,
-                                         0.6058394160583942,
-                                         0.6949152542372882,
-                                         0.8072289156626506,
-                                         0.9726027397260274};
-    UpdateFilters();
-    const double s = settings.sampleRate;
-    voiceCount = static_cast<int>(settings[P::kVoices]);
+void ReferenceChorus::UpdateVoices() {
+    // clang-format off
+    static constexpr double kSpeeds[] = {
+        0, 0.102803738317757, 0.18446601941747573, 0.2911392405063291, 0.3872832369942196,
+        0.48314606741573035, 0.6058394160583942, 0.6949152542372882, 0.8072289156626506,
+        0.9726027397260274};
+    // clang-format on
+    const double s = settings.sampleRate, variability = settings[P::kRateVariability];
     const Fan range =
-        Fit(s * settings[P::kRange], std::pow(settings[P::kRangeVariability], 3) * maxRange * 0.5,
-            maxRange, voiceCount - 1);
-    const Fan delay =
-        Fit(s * settings[P::kDelay], std::pow(settings[P::kDelayVariability], 3) * s * 0.5,
-            maxDelay, voiceCount - 1);
-    const double depthStep = std::pow(settings[P::kDepthVariability], 3) / voiceCount;
+        Fit(s * settings[P::kRange], Cube(settings[P::kRangeVariability]) * maxRange * 0.5,
+            maxRange, voiceCount);
+    const Fan delay = Fit(s * settings[P::kDelay], Cube(settings[P::kDelayVariability]) * s * 0.5,
+                          maxDelay, voiceCount);
+    const double depthStep = Cube(settings[P::kDepthVariability]) / voiceCount;
     const double depth = depthStep > 0 ? 1 - (voiceCount - 1) * depthStep : 1;
     for (int v = 0; v < voiceCount; ++v) {
-        const auto in = [v](const Fan& fan) {
-            return v == 0 ? fan.start : fan.start + v * fan.step;
-        };
-        voices[v].depth = depth + v * depthStep;
-        voices[v].range = std::clamp(in(range), 0.1, maxRange);
-        voices[v].delay = -std::clamp(in(delay), 0.0, maxDelay);
-        UpdateSpeed(voices[v], kSpeeds[10 * v / voiceCount]);
+        Voice& voice = voices[v];
+        voice.depth = depth + v * depthStep;
+        voice.range = std::clamp(range.start + v * range.step, 0.1, maxRange);
+        voice.delay = std::clamp(delay.start + v * delay.step, 0.0, maxDelay);
+        voice.rate = std::pow(10, settings[P::kRate]) / s *
+                     std::exp2(4 * variability * kSpeeds[10 * v / voiceCount]);
+        voice.phaseOffset = 1 - std::fmod(voice.delay * voice.rate, 1);
+        if (variability == 0) voice.phase = voices[0].phase;
     }
-    channelPhaseStep = settings[P::kSpread] / settings.channels;
-    if (settings.channels == 2) UpdateStereo();
-    static constexpr double kTypes[] = {1, 1.5, 1.3333333333333333};
-    noteRate = std::exp2(settings[P::kSyncLength] - 7) * kTypes[int(settings[P::kSyncType])];
-}
-
-void ReferenceChorus::UpdateSpeed(Voice& voice, double speed) {
-    const double variability = settings[P::kRateVariability];
-    voice.SetRate(std::pow(10, settings[P::kRate]) / settings.sampleRate *
-                  std::exp2(4 * variability * speed));
-    if (std::abs(variability) < 1e-50) {
-        voice.base = voices[0].base;
-        voice.count = voices[0].count;
-    }
-    voice.phaseOffset = 1 - std::fmod(-voice.delay * voice.rate, 1);
 }
 
 void ReferenceChorus::UpdateStereo() {
     static constexpr double kHaasSeconds[] = {0, 0, 0.002, 0.004, 0.008, 0.016, 0.032};
+    const bool stereo = settings.channels == 2;
     const int mode = static_cast<int>(settings[P::kSpreadMode]);
     const double w = settings[P::kSpread];
     const int haas = static_cast<int>(kHaasSeconds[mode] * settings.sampleRate);
-    channelPhaseStep = mode == 1 ? 0.5 * w : 0;
-    double position = mode == 1 ? 0 : w;
-    double pan = mode == 1 ? 0 : mode == 0 ? w : 0.5 * w;
-    for (int v = 0; v < voiceCount; ++v) {
-        Voice& voice = voices[v];
-        voice.haas[0].Resize(static_cast<int>(std::max(0.0, haas * position)));
-        voice.haas[1].Resize(static_cast<int>(std::max(0.0, -haas * position)));
-        voice.ll = 1 - std::max(pan, 0.0);
-        voice.lr = std::max(pan, 0.0);
-        voice.rl = std::max(-pan, 0.0);
-        voice.rr = 1 - std::max(-pan, 0.0);
-        const double next = v % 2 == 0 ? -1 : -0.9;
-        position *= next;
-        pan *= next;
+    channelPhaseStep = !stereo ? w / settings.channels : mode == 1 ? 0.5 * w : 0;
+    double position = w;
+    for (int v = 0; v < voiceCount && stereo; ++v) {
+        voices[v].pan = mode == 1 ? 0 : mode == 0 ? position : 0.5 * position;
+        voices[v].haas[0].Resize(static_cast<int>(std::max(0.0, haas * position)));
+        voices[v].haas[1].Resize(static_cast<int>(std::max(0.0, -haas * position)));
+        position *= v % 2 == 0 ? -1 : -0.9;
     }
 }
 
-void ReferenceChorus::SeatTempo(const ReferenceTransport& transport) {
-    if (settings[P::kSync] < 0.5 || transport.tempo < 0) return;
+void ReferenceChorus::FollowHost(const TransportInfo& transport) {
+    static constexpr double kTypes[] = {1, 1.5, 1.3333333333333333};
+    if (settings[P::kSync] < 0.5 || !IsKnown(transport.tempo)) return;
+    const double noteRate =
+        std::exp2(settings[P::kSyncLength] - 7) * kTypes[static_cast<int>(settings[P::kSyncType])];
     for (int v = 0; v < voiceCount; ++v) {
-        voices[v].SetRate(transport.tempo / (settings.sampleRate * 240.0) * noteRate);
-        if (transport.position < 0) continue;
-        voices[v].base =
-            std::fmod(transport.position * noteRate * 0.25 + settings[P::kSyncPhase], 1);
-        voices[v].count = 0;
+        voices[v].rate = transport.tempo / (settings.sampleRate * 240.0) * noteRate;
+        if (IsKnown(transport.position))
+            voices[v].phase =
+                std::fmod(transport.position * noteRate * 0.25 + settings[P::kSyncPhase], 1);
     }
 }
 
-ReferenceChorus::Ramp ReferenceChorus::StartRamp(int index, int sampleCount) {
-    const double target = settings[index], from = last[index];
-    last[index] = target;
-    if (std::abs(target - from) < 1e-50) return {target, 0};
-    return {from, (target - from) / sampleCount};
+ReferenceChorus::Ramp ReferenceChorus::RampOf(int index, int sampleCount) const {
+    return {last[index], (settings[index] - last[index]) / sampleCount};
 }
 
-void ReferenceChorus::Process(const ReferenceTransport& transport, const float* const* inputs,
+// 0.6 dB less per voice, as far as the wet signal is heard.
+ReferenceChorus::Ramp ReferenceChorus::Loudness(const Ramp& dryWet, int sampleCount) const {
+    const auto level = [this](double mix) {
+        const double wet = std::min(mix, 1.0);
+        return std::pow(10, -0.6 * voiceCount / 20) * wet + 1 - wet;
+    };
+    const double start = level(dryWet.start);
+    return {start, (level(dryWet.At(sampleCount)) - start) / sampleCount};
+}
+
+void ReferenceChorus::Process(const TransportInfo& transport, const float* const* inputs,
                               float* const* outputs, int sampleCount) {
-    SeatTempo(transport);
-    Ramps ramps{StartRamp(P::kDryWet, sampleCount), StartRamp(P::kTremolo, sampleCount),
-                StartRamp(P::kVoiceTremolo, sampleCount), StartRamp(P::kTremoloPhase, sampleCount)};
-    const double first = ramps.dryWet.value;
-    for (int i = 0; i < sampleCount; ++i) RunSample(i, ramps, inputs, outputs);
-    for (int v = 0; v < voiceCount; ++v) voices[v].count += sampleCount;
-
-    const double k = std::pow(10, -0.6 * voiceCount * 0.05);
-    const double g0 = WetGain(first), g1 = WetGain(settings[P::kDryWet]);
-    const double start = k * g0 + (1 - g0), step = (k * g1 + (1 - g1) - start) / sampleCount;
-    for (int c = 0; c < settings.channels; ++c)
-        for (int i = 0; i < sampleCount; ++i)
-            outputs[c][i] *= static_cast<float>(start) + float(i) * static_cast<float>(step);
-}
-
-// Two channels have their voices panned and delayed; any other number has them as they are read.
-void ReferenceChorus::RunSample(int i, Ramps& ramps, const float* const* inputs,
-                                float* const* outputs) {
-    const int channels = settings.channels;
-    const bool stereo = channels == 2;
-    double sum[8], tremolo[8];
-    for (int c = 0; c < channels; ++c)
-        sum[c] = Write(c, inputs[c][i]) * DryGain(ramps.dryWet.value);
-    for (int v = 0; v < voiceCount; ++v) {
-        Voice& voice = voices[v];
-        double g[8], r[8];
-        for (int c = 0; c < channels; ++c) {
-            const double p = voice.Phase(i) + c * channelPhaseStep;
-            g[c] = TremoloSource(p + ramps.tremoloPhase.value);
-            if (v == 0) tremolo[c] = TremoloGain(g[c], ramps.tremolo.value);
-            const double sweep = Shape(stereo ? p + voice.phaseOffset : p) - 1;
-            r[c] = Read(c, sweep * voice.range + voice.delay);
-        }
-        const double panned[] = {r[1] * voice.rl + r[0] * voice.ll,
-                                 r[1] * voice.rr + r[0] * voice.lr};
-        for (int c = 0; c < channels; ++c) {
-            double wet = (stereo ? panned[c] : r[c]) * TremoloGain(g[c], ramps.voiceTremolo.value);
-            if (stereo) wet = voice.haas[c].Exchange(wet);
-            sum[c] += wet * voice.depth * WetGain(ramps.dryWet.value);
-        }
-        if (!stereo) ramps.tremoloPhase.Step();  // once per voice: meant
+    FollowHost(transport);
+    const Ramp dryWet = RampOf(P::kDryWet, sampleCount);
+    const Ramps ramps = {dryWet, RampOf(P::kTremolo, sampleCount),
+                         RampOf(P::kVoiceTremolo, sampleCount),
+                         RampOf(P::kTremoloPhase, sampleCount), Loudness(dryWet, sampleCount)};
+    last = settings;
+    for (int i = 0; i < sampleCount; ++i) {
+        double sum[8], tremolo[8];
+        for (int c = 0; c < settings.channels; ++c)
+            sum[c] = Write(c, inputs[c][i]) * std::min(1.0, 2 - dryWet.At(i));
+        for (int v = 0; v < voiceCount; ++v) AddVoice(i, v, ramps, sum, tremolo);
+        for (int c = 0; c < settings.channels; ++c)
+            outputs[c][i] = static_cast<float>(sum[c] * tremolo[c] * ramps.loudness.At(i));
     }
-    for (int c = 0; c < channels; ++c) outputs[c][i] = static_cast<float>(sum[c] * tremolo[c]);
-    for (Ramp* ramp : {&ramps.dryWet, &ramps.tremolo, &ramps.voiceTremolo}) ramp->Step();
-    if (stereo) ramps.tremoloPhase.Step();
 }
 
 // Conditions a sample and writes it to its line. Answers the dry signal, which waits in a line too,
 // two channels in one.
 double ReferenceChorus::Write(int c, double raw) {
-    double x = raw;
-    if (lowPass.enabled) x = lowPass.Run(c, x);
-    if (highPass.enabled) x = highPass.Run(c, x);
     const double wet = settings[P::kSaturation];
-    if (wet >= 1e-50) x = Saturated(x) * wet + x * (1 - wet);
-    history[c].push_back(static_cast<float>(x));
+    const double x = highPass.Run(c, lowPass.Run(c, raw));
+    lines[c].Exchange(wet > 0 ? Saturated(x) * wet + x * (1 - wet) : x);
     if (!settings.highQuality) return raw;
     return dryDelay[settings.channels == 2 ? 0 : c].Exchange(raw);
 }
 
-// The cell at a place counted from the oldest one of a circular line.
-float ReferenceChorus::Cell(int c, std::int64_t place) const {
-    const std::int64_t wrapped = (place % lineLength + lineLength) % lineLength;
-    const std::int64_t index = std::ssize(history[c]) - lineLength + wrapped;
-    return index < 0 ? 0.0f : history[c][index];
+double ReferenceChorus::Read(int c, double offset) const {
+    const ReferenceLine& line = lines[c];
+    const int length = static_cast<int>(line.cells.size());
+    const double x =
+        offset + (settings.highQuality ? 19 : 2) + 2 * (maxRange + maxDelay + 32);  // from oldest
+    const int whole = static_cast<int>(x), cell = (line.oldest + whole) % length;
+    const auto read = settings.highQuality ? LiteralSincRead : LiteralCubicRead;
+    return read(line.cells.data(), length, cell, x - whole);
 }
 
-float ReferenceChorus::Read(int c, double offset) const {
-    const double x = offset + taps / 2 + 2 * lineSamples;  // whole samples
-    const auto k = static_cast<std::int64_t>(x);
-    const double frac = x - double(k);
-    if (!settings.highQuality) {
-        const float f = static_cast<float>(frac);
-        const float before = Cell(c, k - 1), y0 = Cell(c, k), y1 = Cell(c, k + 1);
-        const float y2 = Cell(c, k + 2);
-        const float cube = ((y0 - y1) * 3 - before + y2) * 0.5f;
-        const float square = y1 * 2 + before - (y0 * 5 + y2) * 0.5f;
-        return ((cube * f + square) * f + (y1 - before) * 0.5f) * f + y0;
+// Two channels have their voices panned and delayed; any other number has them as they are read,
+// and there a moving tremolo phase steps once a voice: meant.
+void ReferenceChorus::AddVoice(int i, int v, const Ramps& ramps, double (&sum)[8],
+                               double (&tremolo)[8]) {
+    Voice& voice = voices[v];
+    const bool stereo = settings.channels == 2;
+    const double tremoloPhase = ramps.tremoloPhase.At(stereo ? i : i * voiceCount + v);
+    double tap[8], gain[8];
+    for (int c = 0; c < settings.channels; ++c) {
+        const double phase = voice.phase + c * channelPhaseStep;
+        const double source = (Shape(phase + tremoloPhase) + 1) / 2;
+        if (v == 0) tremolo[c] = TremoloGain(source, ramps.tremolo.At(i));
+        gain[c] = TremoloGain(source, ramps.voiceTremolo.At(i));
+        const double sweep = Shape(stereo ? phase + voice.phaseOffset : phase) - 1;
+        tap[c] = Read(c, sweep * voice.range - voice.delay);
     }
-    const double u = frac * 128, v = 128 - u;
-    double sum = Cell(c, k) * Kernel(u);
-    for (int m = 1; m <= 18; ++m) {
-        sum += Cell(c, k - m) * Kernel(u + 128 * m);
-        sum += Cell(c, k + m) * Kernel(v + 128 * (m - 1));
+    if (stereo) {
+        const double left = tap[0], right = tap[1];
+        tap[0] = std::min(1.0, 1 - voice.pan) * left + std::max(0.0, -voice.pan) * right;
+        tap[1] = std::min(1.0, 1 + voice.pan) * right + std::max(0.0, voice.pan) * left;
     }
-    return static_cast<float>(sum);
+    for (int c = 0; c < settings.channels; ++c) {
+        const double wet = tap[c] * gain[c];
+        sum[c] += (stereo ? voice.haas[c].Exchange(wet) : wet) * voice.depth *
+                  std::min(1.0, ramps.dryWet.At(i));
+    }
+    voice.phase = std::fmod(voice.phase + voice.rate, 1);
 }
