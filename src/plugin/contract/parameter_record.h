@@ -10,6 +10,8 @@
 #include "foundation/objects/tolerances.h"
 #include "foundation/text/mstring.h"
 
+struct MStoreVisitor;
+
 // An effect's description of one of its parameters, with the value in use.
 //
 // Units    min, max, default and value in the parameter's own unit: seconds, decimal logarithm of
@@ -104,6 +106,12 @@ public:
     // in randomising stay as they are unless force is set.
     void Randomize(double amount, bool force = false);
 
+    // A value of this parameter under its identifier, as a number with a point that comes back as
+    // it was; the default stays unwritten. What is read lies in the range, a whole-numbered type's
+    // on whole numbers; a text without a number reads as the default. Without an identifier, and
+    // for a head without a switch, nothing happens.
+    void Store(const MStoreVisitor& visitor, double& someValue) const;
+
     static constexpr std::memory_order kRelaxed = std::memory_order_relaxed;
 
     std::atomic<std::uint32_t> flags = ParameterFlag::kNew;
@@ -125,6 +133,9 @@ public:
 private:
     void Describe(ParameterType newType, MString newName, MString newIdentifier);
     void SetRange(double newMin, double newMax, double newDefault);
+
+    bool IsStored() const;
+    double ReadStored(const MString& storedText) const;
 
     double RandomFloat(double amount) const;
     double RandomStep(double amount, double span) const;

@@ -2,6 +2,7 @@
 #include "plugin/contract/plugin.h"
 
 #include "foundation/objects/lock.h"
+#include "foundation/xml/store_visitor.h"
 
 MPlugin::~MPlugin() = default;
 
@@ -29,11 +30,9 @@ std::intptr_t MPlugin::Dispatch(int code, PluginArguments& arguments) {
             Reset(arguments.Pointer<MObject>(0));
             return 0;
         case PluginCommand::kStore:
-            Store(arguments.Pointer<MAttribute>(0));
-            return 0;
+            return RunOnTree(&MPlugin::Store, arguments.Pointer<MAttribute>(0));
         case PluginCommand::kLoad:
-            Load(arguments.Pointer<MAttribute>(0));
-            return 0;
+            return RunOnTree(&MPlugin::Load, arguments.Pointer<MAttribute>(0));
         case PluginCommand::kNotify:
             Notify();
             return 0;
@@ -70,8 +69,19 @@ void MPlugin::ParameterChanged(int) {}
 void MPlugin::Update() {}
 void MPlugin::OpenEditor(MObject*) {}
 void MPlugin::Reset(MObject*) {}
-void MPlugin::Store(MAttribute*) {}
-void MPlugin::Load(MAttribute*) {}
+
+void MPlugin::Store(MAttribute* tree) { StoreParameters({true, *tree}); }
+
+void MPlugin::Load(MAttribute* tree) {
+    const std::vector<double> values = StoreParameters({false, *tree});
+    {
+        MLocker lock(descriptor.lock);
+        for (std::size_t p = 0; p < values.size(); ++p)
+            descriptor.parameters[p].SetEffective(values[p]);
+    }
+    RequestUpdate();
+}
+
 void MPlugin::Notify() {}
 
 std::intptr_t MPlugin::Query() { return -1; }
@@ -105,6 +115,23 @@ std::intptr_t MPlugin::CallHost(int code) {
     if (hostFunction == nullptr) return -1;
     PluginArguments none;
     return hostFunction(hostObject, code, none);
+}
+
+// -1 where there is no tree.
+std::intptr_t MPlugin::RunOnTree(void (MPlugin::*operation)(MAttribute*), MAttribute* tree) {
+    if (tree == nullptr) return -1;
+    (this->*operation)(tree);
+    return 0;
+}
+
+// The values that are written, or that were read and are not in use yet.
+std::vector<double> MPlugin::StoreParameters(const MStoreVisitor& visitor) const {
+    std::vector<double> values;
+    for (int p = 0; p < descriptor.parameterCount; ++p) {
+        const ParameterRecord& record = descriptor.parameters[p];
+        record.Store(visitor, values.emplace_back(record.Effective()));
+    }
+    return values;
 }
 
 void MPlugin::RunParameterChanged(int index) {

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <vector>
 
 #include "foundation/objects/event_target.h"
 #include "plugin/contract/parameter_record.h"
@@ -11,6 +12,7 @@
 class MAttribute;
 class MLock;
 class MMIDIProcessorBase;
+struct MStoreVisitor;
 
 // What the frame expects of any effect, audio or not: commands by number, and the virtual
 // operations behind them.
@@ -83,6 +85,10 @@ public:
     virtual void Update();
     virtual void OpenEditor(MObject* panel);
     virtual void Reset(MObject* panel);
+    // The parameters, in an item of their own: what the frame keeps in songs and presets. Store
+    // writes what is not at its default; Load gives each parameter what it finds or its default and
+    // asks for an update. Load takes the lock, and nothing has changed where it raises. Host and
+    // editor are not told. The tree is not null.
     virtual void Store(MAttribute* tree);
     virtual void Load(MAttribute* tree);
     virtual void Notify();
@@ -103,6 +109,8 @@ protected:
     std::intptr_t CallHost(int code);
 
 private:
+    std::intptr_t RunOnTree(void (MPlugin::*operation)(MAttribute*), MAttribute* tree);
+    std::vector<double> StoreParameters(const MStoreVisitor& visitor) const;
     void RunParameterChanged(int index);
     void WaitForProcess();
 
