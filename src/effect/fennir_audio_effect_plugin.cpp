@@ -126,6 +126,18 @@ void FennirAudioEffectPlugin::Reset(MObject*) {
     shapeChangeCount.store(0, std::memory_order_relaxed);
 }
 
+void FennirAudioEffectPlugin::Load(MAttribute* tree) {
+    bool syncChanged = false;
+    {
+        MLocker lock(descriptor.lock);
+        const bool wasEnabled = hostSync.IsEnabled();
+        MPlugin::Load(tree);
+        const bool rateChanged = hostSync.Refresh();
+        syncChanged = rateChanged || hostSync.IsEnabled() != wasEnabled;
+    }
+    if (syncChanged) Update();
+}
+
 void FennirAudioEffectPlugin::Process(const TransportInfo& transport, const float* const* inputs,
                                       float* const* outputs, int sampleCount) {
     MLocker lock(descriptor.lock);

@@ -20,12 +20,12 @@
 // Units    parameters as in chorus_parameters.h; samples at full scale 1
 // Ranges   up to 8 channels (a larger count is taken as 8), blocks of any length, rates of 1 Hz to
 //          16 MHz (others are taken as the nearest)
-// Threads  Process and Clear on the audio thread; Update on any, Reset on the thread that changes
-//          parameters. These take descriptor.lock; Prepare, IsSilent and GetTailLength do not and
-//          stay apart from a running Process and from each other
+// Threads  Process and Clear on the audio thread; Update on any, Reset and Load on the thread that
+//          changes parameters. These take descriptor.lock; Prepare, IsSilent and GetTailLength do
+//          not and stay apart from a running Process and from each other
 // Memory   construction and Prepare allocate, nothing else does: a change of the spread mode finds
 //          its room ready
-// Errors   "Could not acquire mutex." out of Update, Process, Clear and Reset
+// Errors   "Could not acquire mutex." out of Update, Process, Clear, Reset and Load
 class FennirAudioEffectPlugin final : public MAudioEffectPlugin {
 public:
     explicit FennirAudioEffectPlugin(const VoiceReads& reads = GetVoiceReads());
@@ -33,6 +33,8 @@ public:
 
     void Update() override;
     void Reset(MObject* panel) override;
+    // Also updates at once where the tempo lock is another one than before.
+    void Load(MAttribute* tree) override;
     std::intptr_t Prepare(int newChannels, int newSampleRate) override;
     void Process(const TransportInfo& transport, const float* const* inputs, float* const* outputs,
                  int sampleCount) override;

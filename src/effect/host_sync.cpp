@@ -51,12 +51,14 @@ void MAudioPluginHostSync::Describe(ParameterRecord* newRecords, Lengths lengths
     Refresh();
 }
 
-void MAudioPluginHostSync::Refresh() {
+bool MAudioPluginHostSync::Refresh() {
+    const double before = noteRate;
     const int length = static_cast<int>(records[kLength].EffectiveInRange());
     noteRate = std::ldexp(1.0, length - wholeNoteIndex);
     const int type = static_cast<int>(records[kType].EffectiveInRange());
     if (type == kTriplets) noteRate *= kTripletRate;
     if (type == kDotted) noteRate *= kDottedRate;
+    return noteRate != before;
 }
 
 bool MAudioPluginHostSync::IsKnown(double number) { return number >= 0 && number <= kLargestKnown; }

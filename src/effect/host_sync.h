@@ -19,8 +19,8 @@ public:
     enum class Lengths { Long, Short };
     void Describe(ParameterRecord* newRecords, Lengths lengths = Lengths::Long);
 
-    // Takes length and type over into noteRate.
-    void Refresh();
+    // Takes length and type over into noteRate; whether it is another one than before.
+    bool Refresh();
 
     bool IsEnabled() const { return enabled.load(std::memory_order_relaxed) != 0; }
     // A negative tempo or position is one that the host does not tell; so is one out of this world.

@@ -10,6 +10,7 @@
 
 #include "effect/chorus_driver.h"
 #include "foundation/text/exception.h"
+#include "foundation/xml/attribute.h"
 #include "support/allocation_trap.h"
 
 // The chorus as an effect among others: its answers, its commands, its threads.
@@ -86,6 +87,23 @@ TEST(Chorus, TellsItsHostWhenRateStopsCounting) {
     }
 }
 
+TEST(Chorus, SoundsTheSameFromItsTree) {
+    ChorusDriver from({}), to({});
+    for (int p = 0; p < P::kCount; ++p) from.Record(p).Set(from.Record(p).max * 0.7);
+    from.Send(PluginCommand::kParameterChanged, -1);
+    MAttribute tree;
+    EXPECT_EQ(from.Send(PluginCommand::kStore, &tree), 0);
+    EXPECT_EQ(to.Send(PluginCommand::kLoad, &tree), 0);
+    EXPECT_FALSE(to.Record(P::kRate).Has(ParameterFlag::kEnabled)) << "the lock holds at once";
+    EXPECT_EQ(from.Rendered(Noise(2, 999, 0.5f)), to.Rendered(Noise(2, 999, 0.5f)));
+
+    MAttribute empty;
+    to.Send(PluginCommand::kLoad, &empty);
+    for (int p = 0; p < P::kCount; ++p)
+        EXPECT_EQ(to.Record(p).Get(), to.Record(p).defaultValue) << p;
+    EXPECT_EQ(to.Send(PluginCommand::kLoad, static_cast<MAttribute*>(nullptr)), -1);
+}
+
 TEST(Chorus, RaisesWhenItsLockIsRefused) {
     ChorusDriver engine({});
     RefusingLock refusing;
@@ -95,6 +113,7 @@ TEST(Chorus, RaisesWhenItsLockIsRefused) {
          {std::function<void()>([&] { effect.Update(); }),
           {[&] { effect.Reset(nullptr); }},
           {[&] { effect.Clear(); }},
+          {[&] { effect.Load(nullptr); }},
           {[&] { effect.Process({}, nullptr, nullptr, 8); }}})
         EXPECT_THAT(command, testing::ThrowsMessage<MException>("Could not acquire mutex."));
     engine.host->descriptor->lock = nullptr;  // an effect that stands alone
