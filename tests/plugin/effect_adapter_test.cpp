@@ -1,303 +1,240 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "plugin/effect_adapter.h"
+
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "effect/chorus_driver.h"
-#include "plugin/adapter_double.h"
 #include "plugin/frame/editor_double.h"
 #include "plugin/frame/hammer.h"
+#include "plugin/frame/meter_sink.h"
+#include "plugin/frame/preset_services.h"
 
 namespace {
 
 using P = ReferenceSettings;
 
-struct ChorusPlugin : MAudioEffectPluginToAudioPluginAdapter {
-    explicit ChorusPlugin(const ReferenceSettings& settings = {}) {
-        Initialize("Chorus", "Chorus", ChorusEntry, {.surround = settings.channels > 2});
+// An effect of one smoothed parameter that passes its input on and writes down how it is called.
+struct ProbeEffect final : MAudioEffectPlugin {
+    struct Call {
+        int sampleCount, updates;  // updates up to the call
+        TransportInfo transport;
+        double value;
+    };
+    inline static void (*configure)(ProbeEffect&);  // the next one
+
+    ProbeEffect() {
+        record.SetFloat("Number", "Number", 0, 1, 0.25);
+        record.Raise(ParameterFlag::kSmoothed);
+        descriptor.parameters = &record;
+        descriptor.parameterCount = 1;
+        maxBlockSize = 3000;
+        calls.reserve(4000);
+        configure(*this);
+    }
+    static std::intptr_t Entry(MPlugin* object, int code, PluginArguments& arguments) {
+        if (object == nullptr) return reinterpret_cast<std::intptr_t>(new ProbeEffect);
+        return object->Dispatch(code, arguments);
+    }
+    void Update() override { ++updates; }
+    void Process(const TransportInfo& transport, const float* const* inputs, float* const* outputs,
+                 int count) override {
+        calls.push_back({count, updates, transport, record.Effective()});
+        for (int c = 0; c < channels; ++c) std::copy_n(inputs[c], count, outputs[c]);
+    }
+
+    ParameterRecord record;
+    int updates = 0;
+    std::vector<Call> calls;
+};
+
+// What stands around a plug-in: meters, presets, a host. Writes down what it is told.
+struct Surroundings : MMeterSink, MPresetServices, HostDouble {
+    void Feed(int channel, float peak) override { told.push_back(10 * channel + peak); }
+    void Update() override { told.push_back(-1); }
+    void Resize(int channelCount) override { told.push_back(channelCount); }
+    void StepPreset(int steps) override { told.push_back(steps); }
+    void InitProcessingActivePresets() override { EXPECT_GE(plugin->processingDisabled, 1); }
+    void ActualiseActivePresetsAfterLoading() override {}
+    void UpdateLatency() override {  // the locks are re-entrant: only another thread can tell
+        std::thread([this] {
+            MLocker state(plugin->stateLock, 0), process(plugin->processLock, 0);
+        }).join();
+        told.push_back(plugin->GetReportedLatency());
+    }
+    std::vector<double> Told() { return std::exchange(told, {}); }
+
+    EditorDouble factory;
+    std::vector<double> told;
+};
+
+struct Plugin : MAudioEffectPluginToAudioPluginAdapter {
+    explicit Plugin(const ReferenceSettings& settings) {
+        Start(ChorusEntry);
         hqUpsampling = settings.highQuality;
-        channelModeRequested = settings.channels > 2 ? kModeSurround : kModeLeftRight;
         for (int p = 0; p < P::kCount; ++p) effect->descriptor.parameters[p].Set(settings[p]);
-        AnnounceBlockSize(4096);
-        SetHostSampleRate(settings.sampleRate);
         InitProcessing();
     }
-};
-
-// A host that looks whether it is told of a latency while a lock is held.
-struct LockWatcher : HostDouble {
-    void UpdateLatency() override {
-        HostDouble::UpdateLatency();
-        std::thread([this] {
-            for (MLock* lock : {&plugin->stateLock, &plugin->processLock}) {
-                if (lock->Acquire(0) == 0)
-                    lock->Release();
-                else
-                    ADD_FAILURE() << "told under a lock";
-            }
-        }).join();
+    explicit Plugin(void (*configure)(ProbeEffect&)) {
+        ProbeEffect::configure = configure;
+        Start(ProbeEffect::Entry);
     }
+    ~Plugin() override { DestroyEditor(); }
+    void Start(PluginEntry entry) {
+        around.plugin = this;
+        presets = &around;
+        editorFactory = &around.factory;
+        around.factory.events.Reserve(8);
+        usesHostTime = false;
+        Initialize("Test", "Test", entry);
+        AnnounceBlockSize(4096);
+        SetHostSampleRate(48000);
+        InitProcessing();
+    }
+    ProbeEffect& Probe() { return static_cast<ProbeEffect&>(*effect); }
+    Surroundings around;
 };
-
-// One block, with nothing allocated.
-void ProcessInPlace(MAudioPlugin& plugin, Audio& audio) {
-    ChannelPointers in{};
-    std::ranges::copy(WritePointers(audio), in.begin());
-    ChannelPointers out = in;
-    AllocationTrap trap("ProcessAudio");
-    plugin.ProcessAudio(in.data(), out.data(), static_cast<int>(audio[0].size()), true);
-}
 
 }  // namespace
 
 TEST(ChorusAsAPlugin, SoundsLikeTheEffectInBlocksOfAnySize) {
-    for (const int channels : {2, 8})
-        for (const bool highQuality : {false, true}) {
-            const auto settings = Settings(channels, 48000, highQuality,
-                                           {{P::kVoices, 7}, {P::kSpreadMode, 4}, {P::kSync, 1}});
-            const Audio input = Programme(channels, 4096, 0.5f);
-            Audio guarded = input;
-            for (auto& channel : guarded)
-                for (float& sample : channel) sample = WithGuard(sample);
-            const Audio expected = ChorusDriver(settings).Rendered(guarded);
-            for (const int blockSize : {1000, 1, 7, 64, 333, 4096}) {
-                ChorusPlugin plugin(settings);
-                EXPECT_EQ(plugin.GetReportedLatency(), highQuality ? 18 : 0);
-                EXPECT_EQ(RunPlugin(plugin, input, blockSize, blockSize == 64), expected)
-                    << channels << " channels in blocks of " << blockSize;
-            }
+    for (const bool highQuality : {false, true}) {
+        const auto settings =
+            Settings(2, 48000, highQuality, {{P::kVoices, 7}, {P::kSpreadMode, 4}});
+        const Audio input = Programme(2, 4096, 0.5f);
+        Audio guarded = input;
+        for (auto& channel : guarded) std::ranges::transform(channel, channel.begin(), WithGuard);
+        const Audio expected = ChorusDriver(settings).Rendered(guarded);
+        for (const int blockSize : {1000, 1, 7, 64, 333, 4096}) {
+            Plugin plugin(settings);
+            EXPECT_EQ(RunPlugin(plugin, input, blockSize, blockSize == 64), expected) << blockSize;
         }
+    }
 }
 
 // Every line and filter holds what is too large for a sample when the output breaks down.
 TEST(ChorusAsAPlugin, IsSilencedAndClearedWhenItGoesWrong) {
-    for (const int channels : {2, 8})
-        for (const bool highQuality : {false, true}) {
-            const auto settings =
-                Settings(channels, 48000, highQuality,
-                         {{P::kMinFrequency, 2}, {P::kMaxFrequency, 3.5}, {P::kSpreadMode, 6}});
-            ChorusPlugin broken(settings), sound(settings);
-            Audio loud = Noise(channels, 3000, 3e38f), silent = Silence(channels, 3000);
-            ProcessInPlace(broken, loud);
-            ProcessInPlace(sound, silent);
-            EXPECT_EQ(broken.GetClearCount(), 1);
-            EXPECT_EQ(Peak(loud), 0);
-            const Audio input = Noise(channels, 3000, 0.5f);
-            EXPECT_LT(
-                LargestDifference(RunPlugin(broken, input, 500), RunPlugin(sound, input, 500)),
-                1e-6);
-            EXPECT_EQ(broken.GetClearCount(), 1);
+    for (const bool highQuality : {false, true}) {
+        const auto settings =
+            Settings(2, 48000, highQuality,
+                     {{P::kMinFrequency, 2}, {P::kMaxFrequency, 3.5}, {P::kSpreadMode, 6}});
+        Plugin broken(settings), sound(settings);
+        HostBuffers loud(2, 2, 3000, 3e38f), silent(2, 2, 3000, 0);
+        {
+            AllocationTrap trap("ProcessAudio");
+            loud.Process(broken);
         }
+        silent.Process(sound);
+        EXPECT_EQ(Peak(loud.out), 0);
+        const Audio input = Noise(2, 3000, 0.5f);
+        EXPECT_LT(LargestDifference(RunPlugin(broken, input, 500), RunPlugin(sound, input, 500)),
+                  1e-6);
+        EXPECT_EQ(broken.GetClearCount(), 1);
+    }
 }
 
 TEST(ChorusAsAPlugin, SurvivesChangesOnOtherThreads) {
-    LockWatcher host;
-    EditorDouble factory;
-    ChorusPlugin plugin;
-    host.plugin = &plugin;
-    plugin.hostAdapter = &host;
-    plugin.editorFactory = &factory;
-    plugin.hasEditor = factory.made = true;
-    factory.events.Reserve(8);
+    Plugin plugin{ReferenceSettings()};
+    plugin.hasEditor = plugin.around.factory.made = true;
     HammerWhileAudioRuns(plugin, 600);
-    factory.events.Process();
-    for (std::size_t i = 1; i < host.latencies.size(); ++i)
-        EXPECT_NE(host.latencies[i], host.latencies[i - 1]);
+    plugin.around.factory.events.Process();
     EXPECT_EQ(plugin.GetClearCount(), 0);
 }
 
-TEST(PluginAutomation, ArrivesInStepsOfTheProtection) {
-    constexpr int kBlock = 3000;
-    EXPECT_EQ(ProbePlugin().GetProtection(), 32);
-    for (const auto& [asked, steps] :
-         {std::pair{5000, 2048}, {2047, 256}, {32, 32}, {31, 8}, {0, 1}}) {
-        ProbePlugin plugin;
-        plugin.SetProtection(asked);
-        HostBuffers host(2, 2, kBlock);
-        for (const double value : {0.25, 0.75, 0.75}) {  // the last block stands still
-            plugin.SetParameter(0, value, false);
-            host.Process(plugin);
-        }
-        const auto& calls = plugin.Probe().calls;
-        ASSERT_EQ(static_cast<int>(calls.size()), 2 + (kBlock + steps - 1) / steps);
-        for (std::size_t k = 1; k + 1 < calls.size(); ++k) {
-            ASSERT_NEAR(calls[k].value, 0.25 + 0.5 * static_cast<double>(k - 1) * steps / kBlock,
-                        1e-12);
-            ASSERT_EQ(calls[k].updates, calls[k - 1].updates + 1);
-        }
-        EXPECT_EQ(calls.back().value, 0.75);
+TEST(ChorusAsAPlugin, TellsANewLatencyUnderNoLock) {
+    Plugin plugin{ReferenceSettings()};
+    plugin.hostAdapter = &plugin.around;
+    for (const std::uint8_t highQuality : {0, 1, 1, 0}) {
+        plugin.hqUpsampling = highQuality;
+        plugin.InitProcessing();
     }
-    EXPECT_EQ(ProtectionText(kProtections[2]).ToUtf8(),
-              "<p><b>High protection</b><p>High quality, higher CPU hit.");
+    EXPECT_EQ(plugin.around.Told(), (std::vector<double>{18, 0}));
 }
 
-TEST(PluginParameters, ReachTheEffectOnceBeforeItProcesses) {
-    ProbePlugin plugin;
-    HostBuffers host(2, 2, 100);
-    const int before = plugin.Probe().updates;
-    for (const double value : {0.3, 0.4}) plugin.SetParameter(0, value, false);
-    EXPECT_EQ(plugin.Probe().updates, before);
-    for (int block = 0; block < 2; ++block) host.Process(plugin);
-    EXPECT_EQ(plugin.Probe().calls[0].updates, before + 1);
-    EXPECT_EQ(plugin.Probe().updates, before + 1);
-    PluginArguments index(0);
-    plugin.effectHost->Command(PluginCommand::kParameterChanged, index);
-    EXPECT_EQ(plugin.Probe().updates, before + 2);
+TEST(PluginParameters, ReachTheEffectOnceInStepsOfTheProtection) {
+    constexpr int kBlock = 3000;
+    for (const auto& [asked, steps] :
+         {std::pair{5000, 2048}, {2047, 256}, {32, 32}, {31, 8}, {0, 1}}) {
+        Plugin plugin([](ProbeEffect&) {});
+        if (asked != 32) plugin.SetProtection(asked);  // that is what it starts with
+        HostBuffers host(2, 2, kBlock);
+        const auto& calls = plugin.Probe().calls;
+        for (const double value : {0.25, 0.75, 0.75}) {  // the last block stands still
+            for (const double now : {0.1, value}) plugin.SetParameter(0, now, false);
+            EXPECT_EQ(plugin.Probe().updates, calls.empty() ? 1 : calls.back().updates);
+            host.Process(plugin);
+        }
+        ASSERT_EQ(static_cast<int>(calls.size()), 2 + (kBlock + steps - 1) / steps);
+        for (std::size_t k = 1; k < calls.size(); ++k) {
+            const double share = static_cast<double>(k - 1) * steps / kBlock;
+            ASSERT_NEAR(calls[k].value, k + 1 < calls.size() ? 0.25 + 0.5 * share : 0.75, 1e-12);
+            ASSERT_EQ(calls[k].updates, calls[k - 1].updates + 1);
+        }
+    }
 }
 
 TEST(PluginBlocks, AreNoLargerThanTheEffectTakesAndCarryTheTransport) {
-    for (const bool asks : {true, false}) {
-        ProbePlugin plugin({.flags = {asks ? PluginDescriptor::kUsesHostTime : std::uint8_t{0}, 0},
-                            .maxBlockSize = 60});
-        HostBuffers host(2, 2, 100);
-        for (const bool playing : {false, true, false}) {
-            plugin.playing = playing;
-            plugin.tempo = playing ? 90 : 70;
-            plugin.position = 4;
-            plugin.barStart = 2;
-            plugin.timeSigNumerator = 3;
-            host.Process(plugin);
-        }
-        const auto& calls = plugin.Probe().calls;
-        ASSERT_EQ(calls.size(), 6u);
-        for (std::size_t k = 0; k < calls.size(); ++k) {
-            const TransportInfo& transport = calls[k].transport;
-            const bool plays = asks && k / 2 == 1;
-            EXPECT_EQ(calls[k].sampleCount, k % 2 == 0 ? 60 : 40);
-            EXPECT_EQ(transport.tempo, asks && k >= 2 ? 90 : -1);
-            EXPECT_NEAR(transport.position, plays ? 4 + k % 2 * 60 * 90 / (48000 * 60.0) : -1,
-                        1e-12);
-            EXPECT_EQ(transport.barStart, plays ? 2 : -1);
-            EXPECT_EQ(transport.timeSigNumerator, plays ? 3 : -1);
-            EXPECT_EQ(transport.timeSigDenominator, plays ? 4 : -1);
-        }
+    Plugin plugin([](ProbeEffect& probe) {
+        probe.descriptor.flags[0] = PluginDescriptor::kUsesHostTime;
+        probe.maxBlockSize = 60;
+    });
+    for (const bool playing : {false, true, false}) {
+        plugin.position = 4;
+        plugin.playing = playing;
+        plugin.tempo = playing ? 90 : 70;
+        HostBuffers(2, 2, 100).Process(plugin);
     }
-    EXPECT_EQ(ProbePlugin({.maxBlockSize = 0}).GetTailLength(), 0);
+    const double positions[] = {-1, -1, 4, 4 + 60 * 90 / (48000 * 60.0), -1, -1};
+    ASSERT_EQ(plugin.Probe().calls.size(), 6u);
+    for (std::size_t k = 0; k < 6; ++k) {
+        const auto& call = plugin.Probe().calls[k];
+        EXPECT_EQ(call.sampleCount, k % 2 == 0 ? 60 : 40);
+        EXPECT_NEAR(call.transport.position, positions[k], 1e-12);
+        EXPECT_EQ(call.transport.tempo, k < 2 ? -1 : 90);
+    }
 }
 
-TEST(PresetTriggers, StepOnceForEachRise) {
-    PresetsDouble presets;
-    EditorDouble factory;
-    ProbePlugin plugin;
-    plugin.presets = &presets;
-    plugin.editorFactory = &factory;
-    factory.available = true;
-    factory.events.Reserve(8);
-    ASSERT_EQ(plugin.GetHostParameterCount(), 3);
+TEST(PluginEditor, IsFedByPresetTriggersAndByItsMetersUntilItIsGone) {
+    Plugin plugin([](ProbeEffect& probe) {
+        probe.descriptor.inputBusCount = 2;
+        probe.descriptor.flags[1] = PluginDescriptor::kMetersInput;
+    });
+    EXPECT_EQ(plugin.inputChannelNames[2].ToUtf8(), "Sidechain L");
     EXPECT_EQ(plugin.GetParameterName(1).ToUtf8(), "Preset trigger - previous");
-    EXPECT_EQ(plugin.GetParameterName(2).ToUtf8(), "Preset trigger - next");
     const auto move = [&](int trigger, std::initializer_list<double> positions) {
-        HostBuffers host(2, 2, 10);
         for (const double position : positions) {
-            AllocationTrap trap("ProcessAudio");
+            HostBuffers host(4, 2, 3);
+            for (auto& channel : host.in) channel = {-0.5f, 0.25f, -0.375f};
             plugin.SetParameter(trigger, position, false);
+            AllocationTrap trap("ProcessAudio");
             host.Process(plugin);
         }
+        plugin.around.factory.events.Process();
+        return plugin.around.Told();
     };
-    move(2, {0.66, 0.67, 1, 0.67, 0.5, 0.8});  // nobody is there to step: it waits
+    using Told = std::vector<double>;
+    EXPECT_EQ(move(2, {0.66, 0.67, 1, 0.67, 0.5, 0.8}), Told());  // waits for an editor
+    plugin.around.factory.available = true;
     plugin.CreateEditor(nullptr, nullptr);
-    EXPECT_EQ(presets.steps, std::vector{2});
-    move(1, {0.7, 0, 0.7, 0, 0.7});
-    factory.events.Process();
-    move(2, {0, 0.7});
-    factory.events.Process();
-    EXPECT_EQ(presets.steps, (std::vector{2, -3, 1}));
-    plugin.ActualiseAfterLoading();
-    EXPECT_EQ(presets.loads, 1);
-}
-
-TEST(PluginSetUp, PreparesTheEffectUnderTheLocksAndItsEditorLater) {
-    PresetsDouble presets;
-    EditorDouble factory;
-    ProbePlugin plugin;
-    plugin.presets = &presets;
-    plugin.editorFactory = &factory;
-    for (const bool hasEditor : {false, true}) {
-        plugin.hasEditor = factory.made = hasEditor;
-        plugin.Probe().log.clear();
-        plugin.Probe().updates = 0;
-        plugin.channelModeRequested = hasEditor ? kModeStereo : kModeLeft;
-        plugin.SetHostSampleRate(96000);
-        for (int repeat = 0; repeat < 2; ++repeat) plugin.InitProcessing();
-        EXPECT_EQ(plugin.IsMidSideShown(), hasEditor);
-        factory.events.Process();
-        EXPECT_EQ(plugin.Probe().log, std::string("prepare 1 96000, 1 updates, reset, "
-                                                  "prepare 1 96000, 2 updates, reset, ") +
-                                          (hasEditor ? "GUI, " : ""));
-    }
-    EXPECT_EQ(presets.inits, 4);
-    EXPECT_TRUE(plugin.usesHostTime);
-    plugin.inputChannelNames.clear();
-    EXPECT_EQ(plugin.GetHostInputChannels(), 1);
-    EXPECT_EQ(plugin.GetProcessingInputChannels(), 1);
-}
-
-TEST(PluginSetUp, NamesAPinForEachChannel) {
-    for (const auto& [buses, surround, inputs, outputs] :
-         {std::tuple{0, false, "", "Out L,Out R,"},
-          {1, false, "In L,In R,", "Out L,Out R,"},
-          {2, false, "In L,In R,Sidechain L,Sidechain R,", "Out L,Out R,"},
-          {3, false, "In L,In R,Sidechain 1 L,Sidechain 1 R,Sidechain 2 L,Sidechain 2 R,",
-           "Out L,Out R,"},
-          {1, true, "In 1,In 2,In 3,In 4,In 5,In 6,In 7,In 8,",
-           "Out 1,Out 2,Out 3,Out 4,Out 5,Out 6,Out 7,Out 8,"}}) {
-        ProbePlugin plugin({.inputBuses = buses}, {.surround = surround});
-        const auto joined = [](const std::vector<MString>& names) {
-            std::string all;
-            for (const MString& name : names) all += name.ToUtf8() + ",";
-            return all;
-        };
-        EXPECT_EQ(joined(plugin.inputChannelNames), inputs);
-        EXPECT_EQ(joined(plugin.outputChannelNames), outputs);
-        EXPECT_EQ(plugin.GetInputBusCount(), buses);
-    }
+    EXPECT_EQ(plugin.around.Told(), Told{2});
+    EXPECT_EQ(move(1, {0.7, 0, 0.7, 0, 0.7}), Told{-3});
+    plugin.around.told.reserve(6);
+    plugin.SetMeters({&plugin.around, &plugin.around, &plugin.around});
+    plugin.SetMeteredChannels(1, 5);
+    // Of a few samples the first counts with its sign.
+    EXPECT_EQ(move(2, {0.1}), (Told{0.375, 0.375, 0.375, -1, -1, -1}));
+    plugin.DestroyEditor();
+    EXPECT_EQ(move(2, {0.1}), Told());
 }
 
 TEST(PluginSetUp, LeavesASilentPluginWhereItFails) {
-    for (const auto& [entry, text] :
-         {std::pair{PluginEntry{}, "Error creating plugin."},
-          {PluginEntry{ProbeEffect::Entry}, "Invalid plugin parameter type."}}) {
-        ProbeEffect::wishes = {.type = static_cast<ParameterType>(8)};
-        MAudioEffectPluginToAudioPluginAdapter plugin;
-        try {
-            plugin.Initialize("Probe", "Probe", entry);
-            ADD_FAILURE();
-        } catch (const MException& raised) {
-            EXPECT_STREQ(raised.what(), text);
-        }
-        plugin.outputChannelNames.resize(2, "Out");
-        plugin.InitProcessing();
-        HostBuffers host(0, 2, 64);
-        host.Process(plugin);
-        EXPECT_EQ(Peak(host.out), 0);
-        EXPECT_EQ(plugin.GetParameterCount() + plugin.GetLatency() - plugin.GetTailLength(), 1);
-    }
-}
-
-TEST(PluginMeters, ShowTheChosenChannelsUntilTheEditorIsGone) {
-    MeterDouble input, output, sideChain;
-    EditorDouble factory;
-    ProbePlugin plugin({.inputBuses = 2, .flags = {0, PluginDescriptor::kMetersInput}});
-    plugin.editorFactory = &factory;
-    factory.available = true;
-    plugin.SetMeters({&input, &output, &sideChain});
-    plugin.CreateEditor(nullptr, nullptr);
-    EXPECT_EQ(output.channels, 2);
-    plugin.SetMeteredChannels(1, 5);
-    using Peaks = std::vector<std::pair<int, float>>;
-    for (const int sampleCount : {3, 4}) {
-        HostBuffers host(4, 2, sampleCount);
-        for (auto& channel : host.in) channel = {-0.5f, 0.25f, -0.375f, 0.125f};
-        host.Process(plugin);
-        // Of a few samples the first counts with its sign.
-        const Peaks expected = {{0, sampleCount < 4 ? 0.375f : 0.5f}};
-        for (MeterDouble* const meter : {&input, &output, &sideChain}) {
-            EXPECT_EQ(std::exchange(meter->peaks, {}), expected);
-            EXPECT_EQ(std::exchange(meter->updates, 0), 1);
-        }
-    }
-    plugin.DestroyEditor();
-    HostBuffers(4, 2, 8).Process(plugin);
-    EXPECT_TRUE(input.peaks.empty());
-    EXPECT_EQ(input.updates + output.updates + sideChain.updates, 0);
+    ProbeEffect::configure = [](ProbeEffect& probe) {
+        probe.record.type = static_cast<ParameterType>(8);
+    };
+    MAudioEffectPluginToAudioPluginAdapter plugin;
+    EXPECT_THROW(plugin.Initialize("Probe", "Probe", ProbeEffect::Entry, {true}), MException);
+    EXPECT_EQ(plugin.outputChannelNames[7].ToUtf8(), "Out 8");
+    plugin.InitProcessing();
+    HostBuffers host(2, 2, 64);
+    host.Process(plugin);
+    EXPECT_EQ(Peak(host.out), 0);
 }
