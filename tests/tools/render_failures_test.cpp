@@ -37,6 +37,7 @@ TEST_F(RenderFailures, AreOnePlainSentenceWithTheRightExitCode) {
     std::filesystem::create_directory(folder / "folder.wav");
     mkfifo((folder / "pipe.wav").c_str(), 0600);
     WriteSound("wide.wav", Tones(0.01, 9));
+    WriteSound("quad.wav", Tones(0.01, 4));
     WriteSound("slow.wav", Tones(0.1, 1, 999));
     const struct {
         Arguments arguments;
@@ -52,7 +53,14 @@ TEST_F(RenderFailures, AreOnePlainSentenceWithTheRightExitCode) {
         {{"in.wav", "out.wav", "--tempo=nan"}, 2, "number from 1 to 1000, not 'nan'"},
         {{"in.wav", "out.wav", "--position=0"}, 2, "--tempo"},
         {{"in.wav", "out.wav", "--randomize=1.01"}, 2, "number from 0 to 1, not '1.01'"},
-        {{"in.wav", "out.wav", "--seed=-1"}, 2, "whole number from 0 to 4294967295"},
+        {{"in.wav", "out.wav", "--channel-mode=Lefft"}, 2, "mode 'Lefft'; the nearest is 'Left'"},
+        {{"quad.wav", "out.wav", "--channel-mode=L"}, 1, "as 'Left': it has 4 channels"},
+        {{"in.wav", "out.wav", "--automate=Rate=0:1,x"}, 1, "0 to 1 or a text"},
+        {{"in.wav", "out.wav", "--automate=Rate=x:1"}, 2, "SECONDS:VALUE,..., not 'x:1'"},
+        {{"in.wav", "out.wav", "--automate=Rate=2:1,1:0"}, 2, "'1:0' can't stand there"},
+        {{"in.wav", "out.wav", "--automate=Rate=0:1.1"}, 1, "positions from 0 to 1 or a text"},
+        {{"in.wav", "out.wav", "--automate=Voices=0:11"}, 1, "positions from 0 to 1 and a whole"},
+        {{"in.wav", "out.wav", "--automate=2=0:1", "--automate=Rate=0:1"}, 2, "a second time"},
         {{"in.wav", "out.wav", "--tail=inf"}, 2, "'inf'"},
         {{"in.wav", "out.mp3"}, 2, "'out.mp3': its name must end in .wav, .flac"},
         {{"none.wav", "out.wav"}, 1, "Cannot read 'none.wav': No such file"},
@@ -67,9 +75,11 @@ TEST_F(RenderFailures, AreOnePlainSentenceWithTheRightExitCode) {
         {{"in.wav", "out.wav", "--set=Raet=1"}, 1, "no parameter 'Raet'; the nearest is 'Rate'"},
         {{"in.wav", "out.wav", "--set=Min freqency=2"}, 1, "the nearest is 'Min frequency'"},
         {{"in.wav", "out.wav", "--set=Main parameters=1"}, 1, "no parameter 'Main parameters'"},
-        {{"in.wav", "out.wav", "--set=Rate=1.3011"}, 1, "'Rate' takes -2 to 1.30103, not '1.3011'"},
-        {{"in.wav", "out.wav", "--set=Delay=-inf"}, 1, "'Delay' takes 0 to 0.5, not '-inf'"},
-        {{"in.wav", "out.wav", "--set=Delay=0.1s"}, 1, "'Delay' takes 0 to 0.5, not '0.1s'"},
+        {{"in.wav", "out.wav", "--set=Rate=1.3011"}, 1, "'Rate' takes -2 to 1.30103 or a text"},
+        {{"in.wav", "out.wav", "--set=Delay=-inf"}, 1, "such as '5.0 ms', not '-inf'"},
+        {{"in.wav", "out.wav", "--set=Delay=0.1s"}, 1, "not '0.1s'"},
+        {{"in.wav", "out.wav", "--set=Delay=501 ms"}, 1, "not '501 ms'"},
+        {{"in.wav", "out.wav", "--set=MaxFreq=15 kHz"}, 1, "such as '20.0 Hz', not '15 kHz'"},
         {{"in.wav", "out.wav", "--set=Voices=2.5"}, 1, "a whole number from 1 to 10, not '2.5'"},
         {{"in.wav", "out.wav", "--set=synctype=Swing"}, 1, "'Straight', 'Triplets', 'Dotted'"},
         {{"in.wav", "out.wav", "--set=synctype=3"}, 1, "not '3'"},

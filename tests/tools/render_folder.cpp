@@ -108,7 +108,7 @@ SoundData RenderFolder::Tones(double seconds, int channels, int rate) {
     SoundData sound = {rate, channels, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {}};
     const auto frames = static_cast<std::size_t>(std::lround(seconds * rate));
     for (std::size_t i = 0; i < frames; ++i) {
-        const double turn = 2 * std::numbers::pi * static_cast<double>(i) / rate;
+        const double turn = 2 * std::numbers::pi * (static_cast<double>(i) + 0.37) / rate;
         for (int c = 0; c < channels; ++c)
             sound.samples.push_back(static_cast<float>(0.2 * std::sin(turn * (220 + 40 * c)) +
                                                        0.1 * std::sin(turn * (1500 + 90 * c))));

@@ -48,7 +48,8 @@ public:
 
     void WriteSound(const std::string& name, const SoundData& sound);
     SoundData ReadSound(const std::string& name);
-    // Two partials on each channel, of other frequencies, at about -10 dBFS; float WAV.
+    // Two partials on each channel, of other frequencies, at about -10 dBFS; float WAV. No sample
+    // is near enough to 0 for the denormal guard to change it.
     static SoundData Tones(double seconds, int channels = 1, int rate = 44100);
     static float LargestDifference(const SoundData& a, const SoundData& b);
 

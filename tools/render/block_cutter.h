@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <algorithm>
 #include <random>
 
-// The sizes of the blocks that the effect gets: all alike, or drawn anew for each.
+// The sizes of the blocks that a host sends: all alike, or drawn anew for each.
 //
 // Units    samples
 // Method   drawn sizes come from a generator of their own with a fixed seed, so that every run cuts
@@ -12,20 +11,16 @@
 
 class BlockCutter {
 public:
-    // size 0 draws sizes of 1..4096; none is above limit.
-    BlockCutter(int size, int limit) : size(size), limit(limit) {}
+    // size 0 draws sizes of 1..4096.
+    explicit BlockCutter(int size) : size(size) {}
 
-    int Largest() const { return std::min(size > 0 ? size : kLargestDrawn, limit); }
+    int Largest() const { return size > 0 ? size : kLargestDrawn; }
 
-    int Next() {
-        if (size > 0) return Largest();
-        return std::min(static_cast<int>(generator() % kLargestDrawn) + 1, limit);
-    }
+    int Next() { return size > 0 ? size : static_cast<int>(generator() % kLargestDrawn) + 1; }
 
 private:
     static constexpr int kLargestDrawn = 4096;
 
     int size;
-    int limit;
     std::mt19937 generator;  // its standard seed
 };

@@ -4,11 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "effect_runner.h"
 #include "errors.h"
 #include "interrupt.h"
 #include "options.h"
-#include "parameters.h"
+#include "plugin_runner.h"
 #include "renderer.h"
 #include "report.h"
 
@@ -34,7 +33,7 @@ int Run(int argc, char** argv) {
     RenderOptions options;
     if (const std::optional<int> exitCode = ParseOptions(argc, argv, options)) return *exitCode;
     if (options.list) {
-        Print(ListParameters(EffectRunner().Descriptor()));
+        Print(PluginRunner(false).Parameters().Table());
         return kDone;
     }
     WatchInterrupts();

@@ -7,22 +7,35 @@
 #include <limits>
 
 #include "errors.h"
+#include "nearest_text.h"
 #include "number_text.h"
 #include "parameters.h"
 
 namespace {
 
 constexpr char kDescription[] =
-    "Runs the Quillorea chorus over an audio file.\n\n"
+    "Runs the Quillorea chorus over an audio file, as a plug-in in a host.\n\n"
     "Reads WAV, FLAC, AIFF, OGG and whatever else libsndfile knows, of up to 8 channels, and "
     "keeps\n"
     "the rate and the channels.";
+
+constexpr char kAutomationNote[] =
+    "Automation: times are seconds of IN. A value is a position from 0 to 1, or whatever else "
+    "--set\n"
+    "takes for a choice, a switch, a whole number, or a text with its unit. As in a host, the\n"
+    "position runs on a straight line from point to point and holds before the first and behind "
+    "the\n"
+    "last; two points at one time are a jump. It is sent once ahead of each block, as it stands "
+    "at\n"
+    "the block's end, and the plug-in moves there across the block. Choices, switches and whole\n"
+    "numbers hold until the next point and change with the first block that starts at it or later.";
 
 constexpr char kExamples[] =
     "Examples:\n"
     "  quillorea-render guitar.wav\n"
     "  quillorea-render --list\n"
     "  quillorea-render keys.flac wide.flac --quality hq --set Voices=6 --set 'Spread mode=Phase'\n"
+    "  quillorea-render pad.wav --automate 'Rate=0:0.1 Hz,4:2 Hz,8:2 Hz' --channel-mode Side\n"
     "  quillorea-render drums.wav --tempo 120 --position 0 --set sync=on --set synclength__='1 / "
     "8'\n"
     "\n"
@@ -57,6 +70,26 @@ CLI::Option* AddNumber(CLI::App& app, const std::string& name, const NumberRule&
     return app.add_option_function<std::string>(name, parse, description)->check(check);
 }
 
+std::string ChannelModeNames() {
+    std::string names;
+    for (const ChannelModeRecord& mode : kChannelModes)
+        names += std::string(names.empty() ? "" : ",\n") + mode.shortName + " or " + mode.name;
+    return names;
+}
+
+ChannelMode ChannelModeNamed(const std::string& text) {
+    std::vector<std::string> known;
+    for (std::size_t m = 0; m < kChannelModes.size(); ++m) {
+        const ChannelModeRecord& mode = kChannelModes[m];
+        for (const char* const name : {mode.name, mode.midSideName, mode.shortName}) {
+            if (Folded(name) == Folded(text)) return static_cast<ChannelMode>(m);
+            known.push_back(name);
+        }
+    }
+    throw UsageError("There is no channel mode '" + text + "'; the nearest is '" +
+                     NearestText(text, known) + "'.");
+}
+
 void AddFiles(CLI::App& app, RenderOptions& options) {
     app.add_option("IN", options.input, "The audio file to read");
     app.add_option("OUT", options.output,
@@ -66,8 +99,13 @@ void AddFiles(CLI::App& app, RenderOptions& options) {
 
 void AddSound(CLI::App& app, RenderOptions& options) {
     app.add_option("--set", options.settings,
-                   "Sets a parameter, given by identifier or name; may be repeated")
+                   "Sets a parameter, given by identifier, name or index; may be\nrepeated")
         ->type_name("PARAMETER=VALUE")
+        ->allow_extra_args(false)
+        ->group("Sound");
+    app.add_option("--automate", options.automation,
+                   "Moves a parameter, see below; may be repeated for others")
+        ->type_name("PARAMETER=SECONDS:VALUE,...")
         ->allow_extra_args(false)
         ->group("Sound");
     AddNumber(
@@ -86,6 +124,14 @@ void AddSound(CLI::App& app, RenderOptions& options) {
            "How delayed sound is read: normal (cubic, the default) or\nhq (37-tap sinc)")
         ->check(CLI::IsMember({"hq", "normal"}).description(""))
         ->type_name("hq|normal")
+        ->group("Sound");
+    app.add_option_function<std::string>(
+           "--channel-mode",
+           [&](const std::string& text) { options.channelMode = ChannelModeNamed(text); },
+           "Which channels are processed, \"Left + Right\" unless told:\n" + ChannelModeNames())
+        ->type_name("MODE")
+        ->group("Sound");
+    app.add_flag("--bypass", options.bypass, "Passes IN by, as the host's bypass does")
         ->group("Sound");
 }
 
@@ -109,14 +155,14 @@ void AddRendering(CLI::App& app, RenderOptions& options) {
         [&](auto size) {
             options.blockSize = static_cast<int>(size.value_or(RenderOptions::kRandomBlocks));
         },
-        "Samples the effect gets at a time, 512 unless told;\n"
+        "Samples the plug-in gets at a time, 512 unless told;\n"
         "random: 1 to 4096, the same sequence every time")
         ->type_name("N|random")
         ->group("Rendering");
     AddNumber(
         app, "--tail", {0, 86400, false, "auto"},
         [&](auto seconds) { options.tailSeconds = seconds; },
-        "How long to render on after IN ends; auto (the default):\nuntil the effect is silent")
+        "How long to render on after IN ends; auto (the default):\nuntil the plug-in is silent")
         ->type_name("SECONDS|auto")
         ->group("Rendering");
 }
@@ -134,7 +180,7 @@ void CompletePaths(RenderOptions& options) {
 
 std::optional<int> ParseOptions(int argc, const char* const* argv, RenderOptions& options) {
     CLI::App app(kDescription, "quillorea-render");
-    app.footer(std::string(kUnitsNote) + "\n\n" + kExamples);
+    app.footer(std::string(kUnitsNote) + "\n\n" + kAutomationNote + "\n\n" + kExamples);
     app.get_formatter()->column_width(26);
     app.set_help_flag("-h,--help", "Shows this text")->group("Information");
     app.set_version_flag("--version", "quillorea-render " QUILLOREA_VERSION, "Shows the version")

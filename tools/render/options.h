@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "plugin/frame/channel_mode.h"
+
 // What the command line asks for.
 //
 // Units    tempo in beats a minute, position in quarter notes, tail in seconds, blocks in samples
@@ -15,16 +17,19 @@ struct RenderOptions {
     static constexpr int kRandomBlocks = 0;
     static constexpr int kMaxBlock = 65536;
 
-    std::string input;                  // empty only with list
-    std::string output;                 // as typed, or input's name with "-chorus.wav"
-    std::vector<std::string> settings;  // "PARAMETER=VALUE", in the order typed
-    std::optional<double> randomize;    // 0..1
+    std::string input;                    // empty only with list
+    std::string output;                   // as typed, or input's name with "-chorus.wav"
+    std::vector<std::string> settings;    // "PARAMETER=VALUE", in the order typed
+    std::vector<std::string> automation;  // "PARAMETER=SECONDS:VALUE,..."
+    std::optional<double> randomize;      // 0..1
     std::optional<std::uint32_t> seed;
     bool highQuality = false;
+    std::optional<ChannelMode> channelMode;  // nothing: all channels
+    bool bypass = false;
     double tempo = -1;                  // negative: not known
     double position = -1;               // negative: the transport stands still
     int blockSize = 512;                // or kRandomBlocks
-    std::optional<double> tailSeconds;  // nothing: as long as the effect sounds on
+    std::optional<double> tailSeconds;  // nothing: as long as the plug-in sounds on
     bool list = false;
 };
 

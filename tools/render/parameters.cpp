@@ -3,114 +3,27 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <limits>
-#include <numeric>
-#include <optional>
+#include <utility>
 
 #include "errors.h"
+#include "nearest_text.h"
 #include "number_text.h"
-#include "parameter_text.h"
+#include "parameter_value.h"
 
 namespace {
 
-std::span<const ParameterRecord> Records(const PluginDescriptor& descriptor) {
-    return {descriptor.parameters, static_cast<std::size_t>(descriptor.parameterCount)};
-}
-
-// Levenshtein's: the fewest letters to insert, delete or exchange.
-std::size_t EditDistance(const std::string& a, const std::string& b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t exchanged = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({exchanged, row[j] + 1, row[j + 1] + 1});
-        }
-    }
-    return row.back();
-}
-
-std::string NearestTo(const PluginDescriptor& descriptor, const std::string& wanted) {
-    std::string nearest;
-    std::size_t least = std::numeric_limits<std::size_t>::max();
-    for (const ParameterRecord& record : Records(descriptor)) {
-        if (!IsSettable(record)) continue;
-        for (const std::string& text : {record.identifier.ToUtf8(), record.name.ToUtf8()}) {
-            const std::size_t distance = EditDistance(Folded(text), Folded(wanted));
-            if (distance >= least) continue;
-            least = distance;
-            nearest = text;
-        }
-    }
-    return nearest;
-}
-
-int FindParameter(const PluginDescriptor& descriptor, const std::string& wanted) {
-    const std::string folded = Folded(wanted);
-    for (const bool byName : {false, true}) {
-        for (int p = 0; p < descriptor.parameterCount; ++p) {
-            const ParameterRecord& record = descriptor.parameters[p];
-            const std::string text = (byName ? record.name : record.identifier).ToUtf8();
-            if (!text.empty() && IsSettable(record) && Folded(text) == folded) return p;
-        }
-    }
-    throw RenderError("There is no parameter '" + wanted + "'; the nearest is '" +
-                      NearestTo(descriptor, wanted) + "' (--list shows them all).");
-}
-
-std::optional<double> ReadOption(const ParameterRecord& record, const std::string& text) {
-    for (std::size_t o = 0; o < record.options.size(); ++o)
-        if (Folded(record.options[o].ToUtf8()) == Folded(text)) return static_cast<double>(o);
-    return ParseNumber(text);
-}
-
-std::optional<double> ReadSwitch(const std::string& text) {
-    const std::string folded = Folded(text);
-    for (const char* on : {"on", "1", "yes", "true"})
-        if (folded == on) return 1;
-    for (const char* off : {"off", "0", "no", "false"})
-        if (folded == off) return 0;
-    return std::nullopt;
-}
-
-// The value that a text means to a record; nothing where the record does not take it.
-std::optional<double> ReadValue(const ParameterRecord& record, const std::string& text) {
-    const bool isFloat = record.type == ParameterType::Float;
-    std::optional<double> value;
-    switch (record.type) {
-        case ParameterType::Enumeration:
-            value = ReadOption(record, text);
-            break;
-        case ParameterType::Boolean:
-        case ParameterType::Group:
-            value = ReadSwitch(text);
-            break;
-        default:
-            value = ParseNumber(text);
-            break;
-    }
-    // Six digits are shown of a range's ends, and what is shown can be typed.
-    const double slack = isFloat ? 5e-6 * std::max(std::abs(record.min), std::abs(record.max)) : 0;
-    const bool fits = value && *value >= record.min - slack && *value <= record.max + slack;
-    if (!fits || (!isFloat && *value != std::floor(*value))) return std::nullopt;
-    return std::clamp(*value, record.min, record.max);
-}
-
-ParameterSetting ReadSetting(const PluginDescriptor& descriptor, const std::string& text) {
+// What stands in front of a text's first '=' and behind it.
+std::pair<std::string, std::string> SplitAssignment(const std::string& text, const char* option,
+                                                    const char* form) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0)
-        throw UsageError("--set takes PARAMETER=VALUE, not '" + text + "'.");
-    const int index = FindParameter(descriptor, text.substr(0, equals));
-    const ParameterRecord& record = descriptor.parameters[index];
-    const std::string valueText = text.substr(equals + 1);
-    const std::optional<double> value = ReadValue(record, valueText);
-    if (!value)
-        throw RenderError("'" + record.name.ToUtf8() + "' takes " + DescribeRange(record) +
-                          ", not '" + valueText + "'.");
-    return {index, *value};
+        throw UsageError(std::string(option) + " takes " + form + ", not '" + text + "'.");
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+std::array<std::string, 2> NamesOf(ParameterMainBase& parameter) {
+    return {parameter.GetParameterID(0).ToUtf8(),
+            parameter.GetParameterNameWithoutSection(0).ToUtf8()};
 }
 
 using TableRow = std::array<std::string, 5>;
@@ -132,22 +45,65 @@ std::string AlignedTable(std::span<const TableRow> rows) {
 
 }  // namespace
 
-std::vector<ParameterSetting> ReadSettings(const PluginDescriptor& descriptor,
-                                           std::span<const std::string> texts) {
+std::vector<ParameterSetting> ParameterList::ReadSettings(
+    std::span<const std::string> texts) const {
     std::vector<ParameterSetting> settings;
-    for (const std::string& text : texts) settings.push_back(ReadSetting(descriptor, text));
+    for (const std::string& text : texts) {
+        const auto [name, value] = SplitAssignment(text, "--set", "PARAMETER=VALUE");
+        ParameterMainBase& parameter = Find(name);
+        settings.push_back({&parameter, ReadValue(parameter, value)});
+    }
     return settings;
 }
 
-std::string ListParameters(const PluginDescriptor& descriptor) {
+std::vector<AutomationLane> ParameterList::ReadLanes(std::span<const std::string> texts) const {
+    std::vector<AutomationLane> lanes;
+    for (const std::string& text : texts) {
+        const auto [name, points] =
+            SplitAssignment(text, "--automate", "PARAMETER=SECONDS:VALUE,...");
+        ParameterMainBase& parameter = Find(name);
+        for (const AutomationLane& lane : lanes)
+            if (&lane.Parameter() == &parameter)
+                throw UsageError("--automate names '" + name + "' a second time.");
+        lanes.emplace_back(parameter, points);
+    }
+    return lanes;
+}
+
+ParameterMainBase& ParameterList::Find(const std::string& wanted) const {
+    const std::string folded = Folded(wanted);
+    for (const std::size_t kind : {0, 1}) {
+        for (ParameterMainBase* const parameter : parameters) {
+            const std::string name = Folded(NamesOf(*parameter)[kind]);
+            if (IsSettable(*parameter) && name == folded) return *parameter;
+        }
+    }
+    for (ParameterMainBase* const parameter : parameters)
+        if (IsSettable(*parameter) && std::to_string(parameter->baseIndex) == wanted)
+            return *parameter;
+    throw RenderError("There is no parameter '" + wanted + "'; the nearest is '" +
+                      NearestTo(wanted) + "' (--list shows them all).");
+}
+
+std::string ParameterList::NearestTo(const std::string& wanted) const {
+    std::vector<std::string> names;
+    for (ParameterMainBase* const parameter : parameters)
+        if (IsSettable(*parameter))
+            for (const std::string& name : NamesOf(*parameter)) names.push_back(name);
+    return NearestText(wanted, names);
+}
+
+std::string ParameterList::Table() const {
     std::vector<TableRow> rows = {{"Index", "Name", "Identifier", "Range", "Default"}};
     std::string choices;
-    for (const ParameterRecord& record : Records(descriptor)) {
+    for (ParameterMainBase* const parameter : parameters) {
+        const ParameterRecord& record = parameter->record;
+        const auto [identifier, name] = NamesOf(*parameter);
         const bool chosen = record.type == ParameterType::Enumeration;
-        rows.push_back({std::to_string(rows.size() - 1), record.name.ToUtf8(),
-                        record.identifier.ToUtf8(), chosen ? "see below" : DescribeRange(record),
-                        DescribeDefault(record)});
-        if (chosen) choices += record.name.ToUtf8() + ": " + DescribeRange(record) + "\n";
+        rows.push_back({std::to_string(parameter->baseIndex), name,
+                        IsSettable(*parameter) ? identifier : "",
+                        chosen ? "see below" : DescribeRange(record), DescribeDefault(*parameter)});
+        if (chosen) choices += name + ": " + DescribeRange(record) + "\n";
     }
     return AlignedTable(rows) + '\n' + choices + '\n' + kUnitsNote + '\n';
 }

@@ -2,7 +2,6 @@
 #include "renderer.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cmath>
 #include <span>
@@ -10,17 +9,22 @@
 
 #include "audio_file.h"
 #include "block_cutter.h"
-#include "effect_runner.h"
+#include "errors.h"
 #include "foundation/objects/random.h"
+#include "foundation/objects/tolerances.h"
 #include "interrupt.h"
+#include "plugin_runner.h"
 #include "progress.h"
 
 namespace {
 
-// How often a second the tail is asked whether it is over; each answer looks at all delay lines.
-constexpr int kSilenceChecks = 10;
+// Frames since there was sound, where there was none.
+constexpr std::int64_t kAlways = std::int64_t{1} << 40;
 
-// A block's samples as files have them and as the effect has them.
+// Longer than the tail gets, whatever the parameters move to: to judge the output's size by.
+constexpr int kLongestTailSeconds = 2;
+
+// A block's samples as files have them and as the plug-in has them.
 class BlockBuffers {
 public:
     BlockBuffers(int channels, int largestBlock)
@@ -49,8 +53,16 @@ public:
             for (std::size_t c = 0; c < channels; ++c) *sample++ = outputs[c][i];
     }
 
-    std::array<float*, MAudioEffectPlugin::kSlotsPerBus> inputs{};
-    std::array<float*, MAudioEffectPlugin::kSlotsPerBus> outputs{};
+    // At the end of the block. A sample that is no number is taken as 0.
+    int QuietFrames(int frames) {
+        const std::span<const float> samples = Interleaved(frames);
+        const auto loud = std::find_if(samples.rbegin(), samples.rend(),
+                                       [](float x) { return std::abs(x) > kDenormalGuard; });
+        return static_cast<int>(static_cast<std::size_t>(loud - samples.rbegin()) / channels);
+    }
+
+    ChannelPointers inputs{};
+    ChannelPointers outputs{};
 
 private:
     std::size_t channels;
@@ -60,8 +72,7 @@ private:
 
 class Renderer {
 public:
-    Renderer(const RenderOptions& options, AudioReader& reader, EffectRunner& effect,
-             std::int64_t maxTail);
+    Renderer(const RenderOptions& options, AudioReader& reader, PluginRunner& plugin);
 
     // Once.
     RenderReport Run();
@@ -71,19 +82,20 @@ private:
     void RenderTail();
     void RenderSilence(std::int64_t frames);
     void RenderBlock(int frames);
-    TransportInfo TransportNow() const;
+    std::int64_t TailFrames() const;
+    PluginRunner::Transport TransportNow() const;
 
     const RenderOptions& options;
     AudioReader& reader;
-    EffectRunner& effect;
-    std::int64_t maxTail;
+    PluginRunner& plugin;
     int latency;
+    std::int64_t quietFrames = kAlways;  // at the end of what was read
     AudioWriter writer;
     BlockCutter cutter;
     BlockBuffers buffers;
     Progress progress;
 
-    std::int64_t doneFrames = 0;  // through the effect
+    std::int64_t doneFrames = 0;  // through the plug-in
     std::int64_t leadingFrames;   // still to be left out
     RenderReport report;
 };
@@ -92,18 +104,20 @@ std::int64_t SumIfKnown(std::int64_t fileFrames, std::int64_t more) {
     return fileFrames > 0 ? fileFrames + more : 0;
 }
 
-Renderer::Renderer(const RenderOptions& options, AudioReader& reader, EffectRunner& effect,
-                   std::int64_t maxTail)
+std::int64_t LongestTail(const RenderOptions& options, int rate) {
+    return std::llround(options.tailSeconds.value_or(kLongestTailSeconds) * rate);
+}
+
+Renderer::Renderer(const RenderOptions& options, AudioReader& reader, PluginRunner& plugin)
     : options(options),
       reader(reader),
-      effect(effect),
-      maxTail(maxTail),
-      latency(effect.Latency()),
+      plugin(plugin),
+      latency(plugin.Latency()),
       writer(options.output, reader.Rate(), reader.Channels(),
-             SumIfKnown(reader.FrameCount(), maxTail)),
-      cutter(options.blockSize, effect.MaxBlock()),
+             SumIfKnown(reader.FrameCount(), LongestTail(options, reader.Rate()))),
+      cutter(options.blockSize),
       buffers(reader.Channels(), cutter.Largest()),
-      progress(SumIfKnown(reader.FrameCount(), maxTail + latency)),
+      progress(SumIfKnown(reader.FrameCount(), latency)),
       leadingFrames(latency) {}
 
 RenderReport Renderer::Run() {
@@ -115,23 +129,28 @@ RenderReport Renderer::Run() {
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     report.rate = reader.Rate();
     report.clips = writer.Clips();
+    report.clearCount = plugin.ClearCount();
     return report;
 }
 
 void Renderer::RenderInput() {
     while (const int frames = reader.Read(buffers.Interleaved(cutter.Next()))) {
         report.input.Add(buffers.Interleaved(frames));
+        const int quiet = buffers.QuietFrames(frames);
+        quietFrames = quiet < frames ? quiet : quietFrames + quiet;
         buffers.SplitInputs(frames);
         RenderBlock(frames);
     }
 }
 
 void Renderer::RenderTail() {
-    RenderSilence(latency);
-    if (options.tailSeconds) return RenderSilence(maxTail);
-    const std::int64_t interval = reader.Rate() / kSilenceChecks;
-    for (std::int64_t done = 0; done < maxTail && !effect.IsSilent(); done += interval)
-        RenderSilence(std::min(interval, maxTail - done));
+    const std::int64_t tail = TailFrames();
+    RenderSilence(latency + tail);
+}
+
+std::int64_t Renderer::TailFrames() const {
+    if (options.tailSeconds) return std::llround(*options.tailSeconds * reader.Rate());
+    return std::max<std::int64_t>(plugin.TailLength() - quietFrames, 0);
 }
 
 void Renderer::RenderSilence(std::int64_t frames) {
@@ -146,7 +165,7 @@ void Renderer::RenderSilence(std::int64_t frames) {
 
 void Renderer::RenderBlock(int frames) {
     ThrowIfInterrupted();
-    effect.Process(TransportNow(), buffers.inputs.data(), buffers.outputs.data(), frames);
+    plugin.Process(TransportNow(), buffers.inputs, buffers.outputs, frames);
     buffers.JoinOutputs(frames);
     doneFrames += frames;
 
@@ -160,35 +179,38 @@ void Renderer::RenderBlock(int frames) {
     progress.Show(doneFrames);
 }
 
-TransportInfo Renderer::TransportNow() const {
+PluginRunner::Transport Renderer::TransportNow() const {
     constexpr double kSecondsPerMinute = 60;
-    constexpr int kBarQuarters = 4;
-    TransportInfo transport;
-    transport.tempo = options.tempo;
-    if (options.position < 0) return transport;
+    if (options.position < 0) return {options.tempo, -1};
     const double seconds = static_cast<double>(doneFrames) / reader.Rate();
-    transport.position = options.position + seconds * options.tempo / kSecondsPerMinute;
-    transport.barStart = std::floor(transport.position / kBarQuarters) * kBarQuarters;
-    transport.timeSigNumerator = 4;
-    transport.timeSigDenominator = 4;
-    return transport;
+    return {options.tempo, options.position + seconds * options.tempo / kSecondsPerMinute};
+}
+
+// More than two channels are surround, which has no pairs that another mode could take apart.
+ChannelMode ModeFor(const RenderOptions& options, int channels) {
+    if (channels <= 2) return options.channelMode.value_or(kModeLeftRight);
+    if (options.channelMode.value_or(kModeSurround) == kModeSurround) return kModeSurround;
+    const char* const name = kChannelModes[static_cast<std::size_t>(*options.channelMode)].name;
+    throw RenderError("Cannot render '" + options.input + "' as '" + name + "': it has " +
+                      std::to_string(channels) +
+                      " channels, and only 'Surround' takes more than 2.");
 }
 
 }  // namespace
 
 RenderReport RenderFile(const RenderOptions& options) {
-    EffectRunner effect;
-    const std::vector<ParameterSetting> settings =
-        ReadSettings(effect.Descriptor(), options.settings);
     AudioReader reader(options.input);
+    PluginRunner plugin(reader.Channels() > 2);
+    const ParameterList parameters = plugin.Parameters();
     if (options.seed) SetRandomSeed(*options.seed);
-    effect.Start({.channels = reader.Channels(),
+    plugin.Start({.channels = reader.Channels(),
                   .rate = reader.Rate(),
+                  .largestBlock = BlockCutter(options.blockSize).Largest(),
                   .highQuality = options.highQuality,
+                  .bypassed = options.bypass,
+                  .channelMode = ModeFor(options, reader.Channels()),
                   .randomize = options.randomize,
-                  .settings = settings});
-    const std::int64_t maxTail = options.tailSeconds
-                                     ? std::llround(*options.tailSeconds * reader.Rate())
-                                     : effect.TailLength();
-    return Renderer(options, reader, effect, maxTail).Run();
+                  .settings = parameters.ReadSettings(options.settings),
+                  .lanes = parameters.ReadLanes(options.automation)});
+    return Renderer(options, reader, plugin).Run();
 }

@@ -20,12 +20,6 @@ std::string Levels(const LevelMeter& meter) {
            Decibels(meter.RmsDecibels()) + " dBFS";
 }
 
-std::string NonFinite(const char* where, const LevelMeter& meter) {
-    if (meter.NonFiniteCount() == 0) return "";
-    return "Warning: " + std::to_string(meter.NonFiniteCount()) + " samples of the " + where +
-           " are no finite numbers.\n";
-}
-
 }  // namespace
 
 std::string SummaryLine(const std::string& outputPath, const RenderReport& report) {
@@ -39,7 +33,13 @@ std::string SummaryLine(const std::string& outputPath, const RenderReport& repor
 }
 
 std::string Warnings(const std::string& outputPath, const RenderReport& report) {
-    std::string text = NonFinite("input", report.input) + NonFinite("output", report.output);
+    std::string text;
+    if (const std::uint64_t count = report.input.NonFiniteCount())
+        text += "Warning: " + std::to_string(count) +
+                " samples of the input are no finite numbers and were taken as 0.\n";
+    if (report.clearCount > 0)
+        text += "Warning: the effect was silenced " + std::to_string(report.clearCount) +
+                " times, since its output was not finite.\n";
     const double peak = report.output.PeakDecibels();
     if (report.clips && peak > 0)
         text += "Warning: '" + outputPath + "' is clipped, since the sound goes " + Decibels(peak) +
