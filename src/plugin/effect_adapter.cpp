@@ -226,9 +226,10 @@ void MAudioEffectPluginToAudioPluginAdapter::SetMeteredChannels(int offset, int 
     channelCount = count;
 }
 
+// A step that has waited comes later, since stateLock is held here.
 void MAudioEffectPluginToAudioPluginAdapter::BuildEditor() {
     InitProcessingGUI();
-    ServePresetStep();
+    presetStepCall.Request(editorFactory);
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::EditorDestroyed() { SetMeters({}); }
