@@ -20,15 +20,12 @@ constexpr char kDescription[] =
     "the rate and the channels.";
 
 constexpr char kAutomationNote[] =
-    "Automation: times are seconds of IN. A value is a position from 0 to 1, or whatever else "
-    "--set\n"
-    "takes for a choice, a switch, a whole number, or a text with its unit. As in a host, the\n"
-    "position runs on a straight line from point to point and holds before the first and behind "
-    "the\n"
-    "last; two points at one time are a jump. It is sent once ahead of each block, as it stands "
-    "at\n"
-    "the block's end, and the plug-in moves there across the block. Choices, switches and whole\n"
-    "numbers hold until the next point and change with the first block that starts at it or later.";
+    "Automation: times are seconds of IN. A value is a position from 0 to 1, or else a text as\n"
+    "--set takes it, or a choice, a switch or a whole number. As in a host, the position runs on\n"
+    "a straight line from point to point and holds before the first and behind the last; two\n"
+    "points at one time are a jump. It is sent ahead of each block, as it stands at the block's\n"
+    "end, and the plug-in moves there across the block. Choices, switches and whole numbers hold\n"
+    "until the next point and change with the first block that starts at it or later.";
 
 constexpr char kExamples[] =
     "Examples:\n"

@@ -121,7 +121,7 @@ double ReadPosition(ParameterMainBase& parameter, const std::string& text) {
 }
 
 std::string DescribeRange(const ParameterRecord& record) {
-    const std::string range = FormatNumber(record.min) + " to " + FormatNumber(record.max);
+    std::string range = FormatNumber(record.min) + " to " + FormatNumber(record.max);
     switch (record.type) {
         case ParameterType::Integer:
             return "a whole number from " + range;

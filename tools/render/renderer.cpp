@@ -117,7 +117,7 @@ Renderer::Renderer(const RenderOptions& options, AudioReader& reader, PluginRunn
              SumIfKnown(reader.FrameCount(), LongestTail(options, reader.Rate()))),
       cutter(options.blockSize),
       buffers(reader.Channels(), cutter.Largest()),
-      progress(SumIfKnown(reader.FrameCount(), latency)),
+      progress(SumIfKnown(reader.FrameCount(), TailFrames() + latency)),
       leadingFrames(latency) {}
 
 RenderReport Renderer::Run() {
