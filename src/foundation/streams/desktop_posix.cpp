@@ -36,8 +36,10 @@ std::string FindProgram(const std::string& name) {
     return {};
 }
 
-// Everything from here to the exec is done between fork and exec: no allocation, no lock.
+// Everything from here to the exec is done between fork and exec: no allocation, no lock. Nor does
+// it need a free descriptor: the process may have used up its own.
 void DetachFromProcess() {
+    closefrom(kReportDescriptor + 1);
     setsid();
     struct sigaction standard = {};
     standard.sa_handler = SIG_DFL;
@@ -46,16 +48,15 @@ void DetachFromProcess() {
     sigemptyset(&none);
     pthread_sigmask(SIG_SETMASK, &none, nullptr);
     const int nowhere = open("/dev/null", O_RDWR);
-    for (int descriptor = 0; descriptor <= 2; ++descriptor) dup2(nowhere, descriptor);
+    for (int descriptor = 0; descriptor < kReportDescriptor; ++descriptor)
+        dup2(nowhere, descriptor);
+    closefrom(kReportDescriptor + 1);
 }
 
 [[noreturn]] void BecomeProgram(const char* const* arguments, int report) {
-    // Away from the numbers that are about to be taken.
-    report = fcntl(report, F_DUPFD, kReportDescriptor + 1);
-    DetachFromProcess();
     dup2(report, kReportDescriptor);
     fcntl(kReportDescriptor, F_SETFD, FD_CLOEXEC);
-    closefrom(kReportDescriptor + 1);
+    DetachFromProcess();
     execv(arguments[0], const_cast<char* const*>(arguments));
     const int error = errno;
     [[maybe_unused]] const ssize_t told = write(kReportDescriptor, &error, sizeof error);
@@ -82,7 +83,9 @@ bool Start(const char* const* arguments) {
     if (pipe2(report, O_CLOEXEC) != 0) return false;
     const pid_t child = fork();
     if (child == 0) {
-        const pid_t grandchild = fork();
+        // Without the handlers of others that fork calls: they may want locks of threads that are
+        // not here.
+        const pid_t grandchild = _Fork();
         if (grandchild == 0) BecomeProgram(arguments, report[1]);
         const int error = errno;
         if (grandchild < 0) {
