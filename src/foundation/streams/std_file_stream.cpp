@@ -99,8 +99,8 @@ int MStdFileStream::ReadLine(char* buffer, std::int32_t size) {
 }
 
 void MStdFileStream::Seek(std::int64_t offset, int origin) {
-    const std::int64_t target = SeekTarget(offset, origin);
     RequireOpen();
+    const std::int64_t target = SeekTarget(offset, origin);
     if (target < 0 || !SeekFile(Main(), target)) RaiseSeekFailed();
     direction = Direction::None;
 }
@@ -171,7 +171,7 @@ void MStdFileStream::RaiseReadingFailed() {
 }
 
 void MStdFileStream::RaiseWritingFailed() const {
-    if (writer != nullptr) std::clearerr(writer);
+    if (writer != nullptr && writer == reader) std::clearerr(writer);
     throw MException(MStringFormatter("Error writing to file \"{0}\". Probably disk full.") << name,
                      256);
 }

@@ -64,6 +64,8 @@ protected:
     // the errors.
     void Attach(std::FILE* reader, std::FILE* writer, const MString& name, Ownership ownership);
     std::FILE* GetWriter() const { return writer; }
+    // Whether some write to a file that is only written failed, however long ago.
+    bool HasLostBytes() const { return writer != nullptr && std::ferror(writer) != 0; }
     [[noreturn]] void RaiseWritingFailed() const;
 
 private:

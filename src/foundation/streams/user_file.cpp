@@ -15,14 +15,16 @@
 
 namespace {
 
-// Where a link leads; the path itself where it is none.
+// Where a link leads, which need not be there yet; the path itself where it is none.
 MString FollowLink(const MString& path) {
     namespace fs = std::filesystem;
+    constexpr int kMostLinks = 40;  // as the system has it; those of a circle cannot be written to
     const std::string bytes = path.ToUtf8();
+    fs::path file = std::u8string(bytes.begin(), bytes.end());
     std::error_code error;
-    const fs::path target = fs::canonical(std::u8string(bytes.begin(), bytes.end()), error);
-    if (error) return path;
-    const std::u8string name = target.u8string();
+    for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(file, error)); ++i)
+        file = file.parent_path() / fs::read_symlink(file, error);
+    const std::u8string name = file.u8string();
     return MString::FromUtf8(std::string(name.begin(), name.end()));
 }
 
@@ -55,7 +57,8 @@ public:
 
     void Keep() {
         Flush();
-        if (!SyncFile(GetWriter())) RaiseWritingFailed();
+        // The caller, or the destructor of a filter, may have kept an error for itself.
+        if (HasLostBytes() || !SyncFile(GetWriter())) RaiseWritingFailed();
         Close();
         MFile::Rename(temporary, path);
         temporary = MString();
@@ -72,7 +75,8 @@ private:
         }
     }
 
-    // Names that a crash left behind are passed over.
+    // Names that a crash left behind are passed over. They are short: a file's name may be as long
+    // as the system takes it.
     std::FILE* Create() {
         static std::atomic<std::uint32_t> counter = 0;
         constexpr int kAttempts = 100;
@@ -80,7 +84,7 @@ private:
         std::FILE* file = nullptr;
         for (int i = 0; file == nullptr && i < kAttempts; ++i) {
             temporary = MStringFormatter("{0}.{1}-{2}.tmp")
-                        << path << ProcessNumber() << counter.fetch_add(1);
+                        << FolderOf(path) << ProcessNumber() << counter.fetch_add(1);
             file = OpenFile(temporary, FileMode::Exclusive);
         }
         return file;

@@ -55,7 +55,7 @@ TEST(FileStream, TellsWhatFailed) {
          {noFile, [&] { file.Read(bytes, 1); }},
          {noFile, [&] { file.Write(bytes, 1); }},
          {noFile, [&] { file.IsEnd(); }},
-         {noFile, [&] { file.Seek(0, MStream::kFromStart); }},
+         {noFile, [&] { file.Seek(0, 3); }},
          {noFile, [&] { file.Flush(); }},
          {"1 Service \"write to stream\" is not implemented.", [&] { there.Write(bytes, 1); }},
          {"256 Could not perform file seek.", [&] { there.Seek(-1, 0); }},
@@ -137,15 +137,21 @@ TEST(File, ProgramsAreStartedWithTheirTargetAndWithoutAShell) {
     // Stands for the desktop's opener: what it was called with, in one move.
     folder.SetContent("xdg-open", "#!/bin/sh\nprintf %s \"$#$1\" >out.new\nmv out.new out\n");
     fs::permissions(folder.path / "xdg-open", fs::perms::owner_all);
-    folder.SetContent("-a file", "");
+    folder.SetContent("-a file", "no program");
+    fs::permissions(folder.path / "-a file", fs::perms::owner_all);
     const std::string path = folder.path.string() + ":/bin:/usr/bin";
     const auto opened = [&](const std::function<void()>& call) {
         EXPECT_TRUE(HoldsInChild([&] {
-            setenv("PATH", "/nowhere", 1);  // NOLINT(concurrency-mt-unsafe)
-            EXPECT_EQ(Raised([] { MFile::ExecuteWWW("a"); }), "0 Could not execute file \"a\".");
             setenv("PATH", path.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
             fs::current_path(folder.path);
-            return call(), !testing::Test::HasFailure();
+            call();
+            setenv("PATH", "/nowhere", 1);  // NOLINT(concurrency-mt-unsafe)
+            EXPECT_EQ(Raised([] { MFile::ExecuteWWW("a"); }), "0 Could not execute file \"a\".");
+            const auto last = static_cast<rlim_t>(dup(STDIN_FILENO));
+            const rlimit few = {last + 3, last + 3};  // a pipe, and no more
+            setrlimit(RLIMIT_NOFILE, &few);
+            EXPECT_NE(Raised([] { MFile::Execute("-a file"); }), "nothing");
+            return !testing::Test::HasFailure();
         }));
         for (int i = 0; i < 500 && !fs::exists(folder.path / "out"); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -177,16 +183,18 @@ TEST(WebAddress, PathsAndAddressesAreResolved) {
 
 TEST(UserFile, ReplacesAFileAsAWhole) {
     const TestFolder folder;
-    WriteText(folder / "new", "first");
-    chmod(folder.Path("new").c_str(), 0600);
-    fs::create_symlink(folder.path / "new", folder.path / "link");
+    const std::string longest(255, 'n');
+    const char* const name = longest.c_str();
+    fs::create_symlink(longest, folder.path / "link");  // leads nowhere yet
+    WriteText(folder / "link", "first");
+    EXPECT_EQ(folder.Content(name), "first");
+    chmod(folder.Path(name).c_str(), 0600);
     WriteText(folder / "link", "second");
     EXPECT_TRUE(fs::is_symlink(folder.path / "link"));
-    EXPECT_EQ(folder.Content("new"), "second");
-    EXPECT_EQ(static_cast<int>(fs::status(folder.path / "new").permissions()), 0600);
+    EXPECT_EQ(static_cast<int>(fs::status(folder.path / name).permissions()), 0600);
     const auto fails = [](MStream& file) { WriteAll(file, "third"), RaiseEndOfStream(); };
-    EXPECT_NE(Raised([&] { WriteUserFile(folder / "new", fails); }), "nothing");
-    EXPECT_EQ(folder.Content("new"), "second");
+    EXPECT_NE(Raised([&] { WriteUserFile(folder / name, fails); }), "nothing");
+    EXPECT_EQ(folder.Content(name), "second");
     fs::create_directory(folder.path / "folder");
     EXPECT_NE(Raised([&] { WriteText(folder / "folder", "x"); }).find("0 Could not rename file"),
               std::string::npos);
@@ -197,9 +205,13 @@ TEST(UserFile, AFullDiskOrARefusalLosesNothing) {
     const TestFolder folder;
     const auto fails = [&](const std::string& expected, std::size_t size,
                            const std::function<bool()>& prepare) {
+        const auto writeAndTellNobody = [&](MStream& file) {
+            Raised([&] { WriteAll(file, RandomBytes(size)); });
+        };
         EXPECT_TRUE(HoldsInChild([&] {
-            return prepare() &&
-                   expected == Raised([&] { WriteText(folder / "preset", RandomBytes(size)); });
+            return prepare() && expected == Raised([&] {
+                                    WriteUserFile(folder / "preset", writeAndTellNobody);
+                                });
         }));
         EXPECT_EQ(folder.Content("preset"), "old");
         EXPECT_EQ(MFile::GetFileList(folder / "").size(), 1u);
