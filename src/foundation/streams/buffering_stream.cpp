@@ -58,9 +58,9 @@ std::int32_t MBufferingStream::Read(void* buffer, std::int32_t size) {
         const std::int32_t part = std::min(size - count, readCount - readPosition);
         std::copy_n(reading.begin() + readPosition, part, bytes + count);
         readPosition += part;
+        plainCount += part;
         count += part;
     }
-    plainCount += count;
     return count;
 }
 

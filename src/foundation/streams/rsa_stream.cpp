@@ -62,6 +62,8 @@ public:
         ReadNumber(privateKey.p, p);
         ReadNumber(privateKey.q, q);
         ReadNumber(publicKey.e, exponent);
+        // The decryption below overruns its memory where q is the much longer one.
+        if (mpz_cmp(privateKey.p, privateKey.q) < 0) mpz_swap(privateKey.p, privateKey.q);
         mpz_mul(publicKey.n, privateKey.p, privateKey.q);
         PreparePublic();
         PreparePrivate();

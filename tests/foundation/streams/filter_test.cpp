@@ -172,4 +172,5 @@ TEST(CryptoStreams, RefuseMissingKeysAndBrokenBlocks) {
          {invalid, [&] { rsa.SetPublicKey("no digits", "3"); }},
          {invalid, [&] { rsa.SetPublicKey("35", "3"); }},
          {invalid, [&] { rsa.SetPublicKey("eeeeeeeeeeeeeeeeeeeeeeeeeeeeeeee", "3"); }}});
+    EXPECT_EQ(blowfish.GetPosition(), 24);
 }

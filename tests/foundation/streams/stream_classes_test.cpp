@@ -20,11 +20,11 @@ std::unique_ptr<MStream> MakeCipher(std::string_view kind, MMemoryStream& memory
         stream->SetKey(writing ? "a key of its own" : "a key of");
         return stream;
     }
-    // The primes 2^89 - 1 and 2^107 - 1, and their product.
+    // The primes 2^61 - 1 and 2^127 - 1, and their product.
     auto stream = std::make_unique<MRSAStream>(memory);
-    stream->SetPublicKey("ffffffffffffffffffffff7fffe0000000000000000000001", "10001");
+    stream->SetPublicKey("fffffffffffffff7fffffffffffffffe000000000000001", "10001");
     if (writing) return stream;
-    stream->SetPrivateKey("1ffffffffffffffffffffff", "7ffffffffffffffffffffffffff", "10001");
+    stream->SetPrivateKey("1fffffffffffffff", "7fffffffffffffffffffffffffffffff", "10001");
     return stream;
 }
 
