@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t kLargestHeader = 64 * 1024;
+constexpr std::int32_t kLargestHeader = 64 * 1024;
 constexpr std::int32_t kLargestLine = 16 * 1024;
 
 [[noreturn]] void RaiseInvalidHeader() {
@@ -53,22 +53,25 @@ int ParseStatus(std::string_view line) {
 }
 
 // The lines of a header, within the limits. What ends before its empty line is no header.
-class HeaderLines {
+class HeaderLines : public MStream {
 public:
     explicit HeaderLines(MStream& wire) : wire(wire), buffer(kLargestLine) {}
 
     std::string_view Next() {
-        if (wire.ReadLine(buffer.data(), kLargestLine) != 0) RaiseInvalidHeader();
-        const std::string_view line = buffer.data();
-        total += line.size() + 1;
+        if (ReadLine(buffer.data(), kLargestLine) != 0) RaiseInvalidHeader();
+        return buffer.data();
+    }
+    // Counts all bytes, also those that no line keeps.
+    std::int32_t Read(void* bytes, std::int32_t size) override {
+        total += size;
         if (total > kLargestHeader) RaiseInvalidHeader();
-        return line;
+        return wire.Read(bytes, size);
     }
 
 private:
     MStream& wire;
     std::vector<char> buffer;
-    std::size_t total = 0;
+    std::int32_t total = 0;
 };
 
 }  // namespace

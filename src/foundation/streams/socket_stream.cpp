@@ -26,8 +26,10 @@ void MSocketStream::Close() {
 void MSocketStream::Write(const void* buffer, std::int32_t size) {
     RequireSocket();
     const char* bytes = static_cast<const char*>(buffer);
+    const Deadline slowest = Slowest(size);
     for (std::int32_t left = size; left > 0;) {
-        const SocketTransfer sent = SendSome(handle, bytes, left, After(GetTimeout()));
+        const SocketTransfer sent =
+            SendSome(handle, bytes, left, std::min(After(GetTimeout()), slowest));
         if (sent.state == SocketState::Failed)
             throw MException("Could not write to socket stream.", 512);
         if (sent.state == SocketState::Closed)
@@ -44,7 +46,7 @@ std::int32_t MSocketStream::Read(void* buffer, std::int32_t size) {
     auto* const bytes = static_cast<char*>(buffer);
     std::int32_t count = 0;
     timedOut = false;
-    const Deadline slowest = After(GetTimeout() + std::chrono::milliseconds(std::max(size, 0)));
+    const Deadline slowest = Slowest(size);
     while (count < size) {
         const Deadline silence = std::min(After(GetTimeout()), slowest);
         const SocketTransfer received = ReceiveSome(handle, bytes + count, size - count, silence);
@@ -69,4 +71,8 @@ void MSocketStream::RequireSocket() const {
 
 Deadline MSocketStream::After(std::chrono::milliseconds duration) const {
     return std::min(std::chrono::steady_clock::now() + duration, limit);
+}
+
+Deadline MSocketStream::Slowest(std::int32_t size) const {
+    return After(GetTimeout() + std::chrono::milliseconds(std::max(size, 0)));
 }

@@ -38,7 +38,7 @@ public:
     ~MSocketStream() override { MSocketStream::Close(); }
 
     // How long the peer may be silent in one operation. Whoever is slower than a byte a millisecond
-    // counts as silent too, so that trickling does not hold a reader for ever.
+    // counts as silent too, so that trickling does not hold anybody for ever.
     void SetTimeout(std::uint32_t milliseconds) { timeout = milliseconds; }
     // May be repeated.
     virtual void Close();
@@ -48,7 +48,7 @@ public:
     // Less than size where the peer closes or is silent for too long.
     std::int32_t Read(void* buffer, std::int32_t size) override;
     // Nothing is ever held back.
-    void Flush() override {}
+    void Flush() override { RequireSocket(); }
     // Waits for a byte or the peer's end; true as well where it is silent for too long.
     bool IsEnd() override;
     bool IsOpen() override { return handle != kNoSocket; }
@@ -65,6 +65,8 @@ protected:
 private:
     void RequireSocket() const;
     Deadline After(std::chrono::milliseconds duration) const;
+    // When a peer that moves a byte now and then has had its time for so many.
+    Deadline Slowest(std::int32_t size) const;
 
     SocketHandle handle = kNoSocket;
     std::uint32_t timeout = kDefaultTimeout;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/streams/tcp_client.h"
 
+#include <limits>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "foundation/streams/bounded_call.h"
@@ -43,19 +45,25 @@ Connection ConnectToAny(const std::vector<SocketAddress>& addresses, Deadline en
     return result;
 }
 
+[[noreturn]] void RaiseNotConnected(const MString& host, int port, int error) {
+    throw MException(
+        MStringFormatter("Could not connect to a TCP server (host {0}, port {1}, code {2}).")
+            << host << port << error,
+        512);
+}
+
 }  // namespace
 
 void MTCPClient::Connect(const MString& host, int port) {
     Close();
+    // The system's look-up would drop the upper bits.
+    if (port < 1 || port > std::numeric_limits<std::uint16_t>::max())
+        RaiseNotConnected(host, port, static_cast<int>(std::errc::invalid_argument));
     const auto addresses = ResolveInTime(host.ToUtf8(), port, GetTimeout());
     if (addresses.empty())
         throw MException(MStringFormatter("Could not resolve network name \"{0}\".") << host, 512);
     const Connection connection = ConnectToAny(addresses, Clock::now() + GetTimeout());
-    if (connection.error != 0)
-        throw MException(MStringFormatter("Could not connect to a TCP server (host {0}, port {1}, "
-                                          "code {2}).")
-                             << host << port << connection.error,
-                         512);
+    if (connection.error != 0) RaiseNotConnected(host, port, connection.error);
     if (!connection.socket.isProtocolKnown)
         throw MException("Could not retrieve TCP protocol info.", 512);
     if (connection.socket.handle == kNoSocket)

@@ -127,9 +127,11 @@ std::string ResultOf(const std::string& reply, const Behaviour& rest = DoNothing
     return Result(RequestFor(Peer({Replying(reply, rest)}).port), 3 * kShort);
 }
 
-const std::string kNoHeader = "513 Invalid HTTP reply header.";
-const std::string kNoLine = "513 Invalid HTTP reply header line.";
-const std::string kNoBody = "513 Invalid HTTP reply body.";
+const std::string kNoHeader =
+    "513 MHTTPStream reading HTTP reply header. Invalid HTTP reply header.";
+const std::string kNoLine =
+    "513 MHTTPStream invalid HTTP reply header line. Invalid HTTP reply header line.";
+const std::string kNoBody = "513 MHTTPStream reading HTTP reply body. Invalid HTTP reply body.";
 const std::string kNoMore = "256 No more data in source stream.";
 
 }  // namespace
@@ -203,6 +205,7 @@ TEST(TCPClient, TellsWhyItCouldNotConnect) {
                   {"512 Could not resolve network name \"no.such.host.invalid\".",
                    [] { Client(80, "no.such.host.invalid"); }},
                   {refused(closed, ECONNREFUSED), [&] { waiting.emplace_back(closed); }},
+                  {refused(closed + 65536, EINVAL), [&] { waiting.emplace_back(closed + 65536); }},
                   {refused(full.port, ETIMEDOUT), [&] {
                        for (;;) waiting.emplace_back(full.port);
                    }}});
@@ -279,9 +282,9 @@ TEST(HTTPStream, FollowsRedirectsWithinTheBudget) {
     const std::string other = "HTTP://localhost:" + std::to_string(end.port) + "/a#b";
     const Peer loop({found("/a"), found("/a"), found("/a"), found("https://localhost"),
                      found("http://a b/"), Replying("HTTP/1.0 302\n\n"), found(other)});
-    const char* const kResults[] = {"302 ", "302 ", "513 Invalid HTTP reply header line.",
-                                    "513 Requested HTTP header not found.", "200 other"};
-    for (const char* const expected : kResults)
+    const std::string kResults[] = {"302 ", "302 ", kNoLine, "513 Requested HTTP header not found.",
+                                    "200 other"};
+    for (const std::string& expected : kResults)
         EXPECT_EQ(Result(RequestFor(loop.port, "/a", 2)), expected);
 }
 
@@ -300,6 +303,7 @@ TEST(HTTPStream, BrokenRepliesAreToldAndBounded) {
         {ok + "Content-Length: 4\r\n", kNoHeader},
         {ok + "A: 1234" + text + "\n\n", kNoHeader},
         {ok + lines + line + "\n", kNoHeader},
+        {ok + "A:" + std::string(65536, '\r') + "\n\n", kNoHeader},
         {ok + "Content-Length: 10\r\n\r\nhalf", "200 half" + kNoMore},
         {ok + "Content-Length: 1001\r\n\r\n", kNoBody},
         {ok + "CONTENT-LENGTH: 3\r\n\r\nall and more", "200 all"},

@@ -14,7 +14,9 @@ std::string Raised(const std::function<void()>& action) {
     try {
         action();
     } catch (const MException& error) {
-        return std::to_string(error.code) + ' ' + error.what();
+        const std::string context = error.context.ToUtf8();
+        return std::to_string(error.code) + ' ' + context + (context.empty() ? "" : " ") +
+               error.what();
     }
     return "nothing";
 }

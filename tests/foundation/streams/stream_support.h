@@ -11,10 +11,10 @@
 #include "foundation/streams/memory_stream.h"
 #include "foundation/text/exception.h"
 
-// "CODE TEXT" of the MException that the action raises, else "nothing".
+// "CODE CONTEXT TEXT" of the MException that the action raises, else "nothing".
 std::string Raised(const std::function<void()>& action);
 
-// "CODE TEXT", and what raises it.
+// The same, and what raises it.
 using Failure = std::pair<std::string, std::function<void()>>;
 
 void ExpectRaised(const std::vector<Failure>& failures);
