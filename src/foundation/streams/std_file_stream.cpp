@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/streams/std_file_stream.h"
 
+#include <cerrno>
 #include <utility>
 
 #include "foundation/streams/file_calls.h"
@@ -21,6 +22,20 @@ FileMode FileModeFor(MStdFileStream::Mode mode) {
         default:
             return FileMode::Update;
     }
+}
+
+// A signal of the process ends the wait for a console; that is no failure.
+bool WasInterrupted(std::FILE* file) {
+    if (!std::ferror(file) || errno != EINTR) return false;
+    std::clearerr(file);
+    return true;
+}
+
+int NextCharacter(std::FILE* file) {
+    int character = EOF;
+    do character = std::getc(file);
+    while (character == EOF && WasInterrupted(file));
+    return character;
 }
 
 }  // namespace
@@ -78,7 +93,10 @@ void MStdFileStream::Write(const void* buffer, std::int32_t size) {
 std::int32_t MStdFileStream::Read(void* buffer, std::int32_t size) {
     std::FILE* const file = Reader();
     if (size <= 0) return 0;
-    const std::size_t count = std::fread(buffer, 1, static_cast<std::size_t>(size), file);
+    auto* const bytes = static_cast<char*>(buffer);
+    const auto wanted = static_cast<std::size_t>(size);
+    std::size_t count = std::fread(bytes, 1, wanted, file);
+    while (WasInterrupted(file)) count += std::fread(bytes + count, 1, wanted - count, file);
     if (std::ferror(file)) RaiseReadingFailed();
     return static_cast<std::int32_t>(count);
 }
@@ -86,7 +104,7 @@ std::int32_t MStdFileStream::Read(void* buffer, std::int32_t size) {
 int MStdFileStream::ReadLine(char* buffer, std::int32_t size) {
     std::FILE* const file = Reader();
     const auto next = [file](char& byte) {
-        const int character = std::getc(file);
+        const int character = NextCharacter(file);
         byte = static_cast<char>(character);
         return character != EOF;
     };
@@ -120,7 +138,7 @@ void MStdFileStream::Flush() {
 bool MStdFileStream::IsEnd() {
     if (reader == nullptr) return GetPosition() >= GetSize();
     std::FILE* const file = Reader();
-    const int character = std::getc(file);
+    const int character = NextCharacter(file);
     if (std::ferror(file)) RaiseReadingFailed();
     if (character != EOF) std::ungetc(character, file);
     return character == EOF;

@@ -94,8 +94,13 @@ TEST(ConsoleStream, LeavesTheProcessItsFiles) {
         if (pipe(pipes) != 0 || dup2(pipes[0], 0) != 0 || dup2(pipes[1], 1) != 1) return false;
         char line[8];
         MConsoleStream().WriteStringLine("one");
-        MConsoleStream().WriteStringLine("two");
-        return MConsoleStream().ReadLine(line, 8) == 0 && std::string(line) == "one";
+        if (MConsoleStream().ReadLine(line, 8) != 0 || std::string(line) != "one") return false;
+        // Interrupts the wait that it ends.
+        struct sigaction interrupting = {};
+        interrupting.sa_handler = [](int) { (void)!write(1, "two\n", 4); };
+        sigaction(SIGALRM, &interrupting, nullptr);
+        ualarm(50000, 0);
+        return MConsoleStream().ReadLine(line, 8) == 0 && std::string(line) == "two";
     }));
 }
 
