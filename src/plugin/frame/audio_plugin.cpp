@@ -82,8 +82,7 @@ void MAudioPlugin::TellLatencyIfChanged() {
 }
 
 void MAudioPlugin::TakeChannelMode() {
-    channelModeActive = std::clamp<int>(channelModeRequested.load(kRelaxed), kModeLeftRight,
-                                        static_cast<int>(kChannelModes.size()) - 1);
+    channelModeActive = ValidChannelMode(channelModeRequested.load(kRelaxed));
     const ChannelModeRecord& mode = kChannelModes[static_cast<std::size_t>(channelModeActive)];
     maxProcessingChannels = mode.processingChannels;
     maxHostChannels = mode.hostChannels;

@@ -21,8 +21,10 @@
 #include "plugin/frame/midi_processor.h"
 
 class AutomationUpdateRequestThread;
+class MAttribute;
 class MEditorFactory;
 class MStyle;
+struct MStoreVisitor;
 
 // Everything between a host's call and the work of an effect, for any host interface: repairs the
 // host's buffers, passes a bypassed signal by, routes channel modes, cuts blocks for automation and
@@ -108,6 +110,21 @@ public:
     void DestroyTemporaryAutomationAdapters();
     // On any thread: the adapter's UpdateEditor is called on the user-interface thread soon.
     void NeedUpdateEditor(AutomationAdapter& adapter) override;
+
+    // What a song or preset keeps of the plug-in, in either direction; whether it went through. A
+    // load keeps the audio path silent meanwhile and ends in InitProcessing and
+    // ActualiseAfterLoading. Parameters are stored silently: the host is not told. Under no lock.
+    bool Store(const MStoreVisitor& visitor);
+    // Behind a load, on the thread that loads, under no lock.
+    virtual void ActualiseAfterLoading();
+
+    // The settings of all plug-ins of the user, in an item of their configuration. The first one
+    // before the list of adapters is built.
+    void LoadDefaultSettings(MAttribute& configuration);
+    void SetDefaultSettingsToCurrent(MAttribute& configuration);
+    // What the editor is to be handled with.
+    enum class EditorMode { Mouse, Tablet };
+    EditorMode GetEditorMode();
 
     virtual int GetProcessingInputChannels();
     virtual int GetProcessingOutputChannels();
@@ -197,6 +214,16 @@ protected:
     virtual void ClearEffect() = 0;
     virtual std::unique_ptr<MUpsampler> CreateUpsampler();
 
+    // Of Store, one behind the other: under stateLock, a load under processLock too. The general
+    // settings are the channel mode and the bypass here; who has others of them writes those among
+    // the two. StoreSettings, nothing here, is for the effect's and all that moves it.
+    virtual void StoreGeneralSettings(const MStoreVisitor& visitor);
+    virtual void StoreSettings(const MStoreVisitor& visitor);
+    void StoreChannelMode(const MStoreVisitor& visitor);
+    void StoreBypass(const MStoreVisitor& visitor);
+    // Of the default settings, under stateLock: the order of parameters and the editor's mode here.
+    virtual void StoreDefaultSettings(const MStoreVisitor& visitor);
+
     // The part of InitProcessing under both locks, and the one behind them. Who extends
     // InitProcessing calls the first where it holds the locks and the second where it does not.
     void InitProcessingLocked();
@@ -225,6 +252,7 @@ protected:
 
     MEditor* editor = nullptr;  // under stateLock; null while closed
     bool editorResizable = false;
+    bool tabletMode = false;  // under stateLock
 
 private:
     friend class AutomationUpdateRequestThread;
@@ -270,6 +298,10 @@ private:
     void PrepareBypassDelays();
     void PrepareBuffers();
     int ComputeLatency();
+
+    void Load(const MStoreVisitor& visitor);
+    int LoadOldSurround(const MStoreVisitor& visitor, int mode) const;
+    void StoreSurroundChannels(const MStoreVisitor& visitor);
 
     void FillEditor();
 

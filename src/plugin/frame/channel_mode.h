@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -37,6 +38,11 @@ inline constexpr std::array<ChannelModeRecord, 8> kChannelModes = {{
      "Processes both channels, but inverts the right one.", 2, 2},
     {"Surround", "Surround", "7.1", "Surround processing of up to 8 channels.", 8, 8},
 }};
+
+// What is asked for, which may be a number of no mode, as the nearest there is.
+constexpr int ValidChannelMode(int mode) {
+    return std::clamp<int>(mode, kModeLeftRight, static_cast<int>(kChannelModes.size()) - 1);
+}
 
 // Only one channel of the pair reaches the effect.
 constexpr bool IsSingleChannelMode(int mode) { return mode >= kModeLeft && mode <= kModeStereo; }
