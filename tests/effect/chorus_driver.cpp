@@ -22,7 +22,7 @@ void ChorusDriver::Prepare(const ReferenceSettings& settings) {
 
 void ChorusDriver::Set(int index, double value) {
     const AllocationTrap trap("Update");
-    Record(index).Set(value);
+    Record(index).SetEffective(value);
     Send(PluginCommand::kParameterChanged, index);
 }
 
