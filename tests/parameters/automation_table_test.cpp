@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -33,23 +31,6 @@ std::string OrderOf(const AutomationTable& table) {
         order += adapter->GetParameterName(0).ToUtf8() + std::to_string(adapter->baseIndex) + " ";
     return order;
 }
-
-class Interpolation : public testing::Test {
-protected:
-    Interpolation() {
-        smooth.Raise(ParameterFlag::kSmoothed);
-        plugin.table.Rebuild(true);
-        interpolation.Prepare(64);
-    }
-    void Set(double position) {
-        for (const int index : {0, 1}) plugin.table.SetIfChanged(index, position, false);
-    }
-
-    PluginDouble plugin;
-    AutomationInterpolation& interpolation = plugin.table.interpolation;
-    ParameterRecord& smooth = plugin.AddFloat("smooth").record;
-    ParameterRecord& jumps = plugin.AddFloat("jumps").record;
-};
 
 }  // namespace
 
@@ -103,13 +84,14 @@ TEST(ChangedAdapters, HaveTheirEditorsUpdatedOnceForManyChanges) {
     PluginDouble::Float& unseen = plugin.AddFloat("unseen");
     unseen.changed.Connect<&NotingListener::OnChange>(&listener);
     unseen.updateDue.Connect<&NotingListener::OnUpdate>(&listener);
-    {
-        AllocationTrap trap("changes");
-        for (const auto& [index, position] : {std::pair(2, 0.25), {0, 0.25}, {2, 0.75}, {3, 0.25}})
-            plugin.table.SetIfChanged(index, position, false);
-        plugin.table.SetIfChanged(1, 0.25, true);
-        plugin.table.SetIfChanged(1, 0.25 + 0.9e-7, false);
-    }
+    const auto set = [&](int index, double position, bool silent = false) {
+        AllocationTrap trap("change");
+        plugin.table.SetIfChanged(index, position, silent);
+    };
+    for (const auto& [index, position] : {std::pair(2, 0.25), {0, 0.25}, {2, 0.75}, {3, 0.25}})
+        set(index, position);
+    set(1, 0.25, true);
+    set(1, 0.25 + 0.9e-7);
     EXPECT_EQ(plugin.records[1].Get(), 0.25) << "as good as the same";
     unseen.record.Clear(ParameterFlag::kUpdates);
     unseen.SetParameter(0, 1, false);
@@ -117,71 +99,8 @@ TEST(ChangedAdapters, HaveTheirEditorsUpdatedOnceForManyChanges) {
     plugin.table.changed.UpdateEditors();
     EXPECT_EQ(listener.names, "ca");
     listener.changesAgain = true;
-    plugin.table.SetIfChanged(1, 0.25 + 1.1e-7, false);
+    set(1, 0.25 + 1.1e-7);
     plugin.table.changed.UpdateEditors();
     EXPECT_EQ(listener.names, "cab");
     EXPECT_EQ(plugin.table.changed.Count(), 1) << "what changed meanwhile waits";
-}
-
-TEST_F(Interpolation, GoesAcrossTheBlockInSteps) {
-    for (const int step : {2048, 256, 32, 8, 1}) {
-        Set(0.2);
-        interpolation.Prepare(1);
-        interpolation.Finish();
-        Set(0.6);
-        plugin.updates = 0;
-        constexpr int kBlock = 300;
-        AllocationTrap trap("interpolation");
-        ASSERT_TRUE(interpolation.Prepare(kBlock));
-        for (int at = 0; at < kBlock; at += step) {
-            if (at > 0) interpolation.Process(step);
-            ASSERT_NEAR(smooth.Effective(), 0.2 + 0.4 * at / kBlock, 1e-12);
-            ASSERT_EQ(jumps.Effective(), 0.6);
-            plugin.table.SetIfChanged(0, 0.9, false);  // has no effect beyond the sub-block
-        }
-        interpolation.Finish();
-        EXPECT_EQ(smooth.Effective(), 0.6);
-        EXPECT_EQ(plugin.updates, 2 + (kBlock - 1) / step) << "each step and both ends";
-        EXPECT_FALSE(interpolation.Prepare(kBlock)) << "has arrived";
-    }
-}
-
-TEST_F(Interpolation, BeginsWithAMoveThatCounts) {
-    Set(0.5 + 0.9e-5);
-    EXPECT_FALSE(interpolation.Prepare(64));
-    Set(0.5 + 1.1e-5);  // small ways add up
-    EXPECT_TRUE(interpolation.Prepare(64));
-    interpolation.Finish();
-    Set(0.1);
-    EXPECT_TRUE(interpolation.Prepare(1)) << "one sample: jumps";
-    EXPECT_FALSE(smooth.Has(ParameterFlag::kSmoothing));
-    interpolation.Finish();
-    plugin.table.Rebuild(true);
-    Set(0.7);
-    EXPECT_FALSE(interpolation.Prepare(64)) << "a new list takes note only";
-}
-
-TEST(AutomationThreads, MayAllSetWhileEditorsFollow) {
-    PluginDouble plugin;
-    NotingListener listener;
-    for (int a = 0; a < 20; ++a) plugin.AddFloat("a").listener = &listener;
-    for (ParameterRecord& record : plugin.records) record.Raise(ParameterFlag::kSmoothed);
-    plugin.table.Rebuild(true);
-    std::atomic<bool> over = false;
-    std::thread host([&] {
-        for (int n = 0; !over; ++n) plugin.table.SetIfChanged(n % 20, n % 101 * 0.01, false);
-    });
-    std::thread audio([&] {
-        for (int block = 0; block < 2000; ++block) {
-            if (!plugin.table.interpolation.Prepare(64)) continue;
-            plugin.table.interpolation.Process(32);
-            plugin.table.interpolation.Finish();
-        }
-        over = true;
-    });
-    while (!over) plugin.table.changed.UpdateEditors();
-    host.join();
-    audio.join();
-    for (const ParameterRecord& record : plugin.records)
-        EXPECT_EQ(record.InRange(record.Effective()), record.Get());
 }

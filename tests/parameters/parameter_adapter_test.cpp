@@ -9,6 +9,7 @@
 #include "parameters/effect_parameters.h"
 #include "parameters/plugin_double.h"
 #include "parameters/values/scale_texts.h"
+#include "support/rows.h"
 
 // What a host sees of records of every kind, and who hears of a change.
 
@@ -56,54 +57,36 @@ protected:
     ParameterAdapterMap map;
 };
 
-}  // namespace
-
-TEST_F(AdapterKinds, TurnPositionsIntoValuesAndTexts) {
-    const struct {
-        int index;
-        double position, value;
-        const char* text;
-    } rows[] = {{0, 0.5, 1, "On"},         {1, 0.25, 0, "0.000000"},
-                {1, 1.5, 5, "5.000000"},   {2, 0.5, 2, "+2.00 dB"},
-                {3, 1 / 3.0, 2, "100 Hz"}, {4, 0.449, 2, "2"},
-                {4, 0.45, 3, "3"},         {4, -9, -2, "-2"},
-                {4, std::nan(""), 0, "0"}, {5, 1, 16, "16x"},
-                {6, 0.24, 0, "One"},       {6, 0.25, 1, "Two"},
-                {6, 7, 2, "Three"},        {7, 1, 0, ""},
-                {8, 0.499, 0, "Off"}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::to_string(row.index) + " at " + std::to_string(row.position));
-        ParameterMainBase& adapter = At(row.index);
-        EXPECT_EQ(adapter.GetParameterValueNameFrom01(0, row.position).ToUtf8(), row.text);
-        EXPECT_EQ(adapter.record.Get(), adapter.record.defaultValue) << "told only";
-        adapter.SetParameter(0, row.position, true);
-        EXPECT_EQ(adapter.GetParameterValueName(0).ToUtf8(), row.text);
-        adapter.SetParameter(0, adapter.GetParameter(0), true);  // back and forth
-        EXPECT_NEAR(adapter.record.Get(), row.value, 1e-12);
-        adapter.record.Set(adapter.record.defaultValue);
-    }
-    EXPECT_EQ(effect.changed, "") << "silent";
+void CheckPosition(ParameterMainBase& adapter, double position, const std::string& text) {
+    const double before = adapter.record.Get();
+    EXPECT_EQ(adapter.GetParameterValueNameFrom01(0, position).ToUtf8(), text);
+    EXPECT_EQ(adapter.record.Get(), before) << "told only";
+    adapter.SetParameter(0, position, true);
+    adapter.SetParameter(0, adapter.GetParameter(0), true);  // back and forth
+    EXPECT_EQ(adapter.GetParameterValueName(0).ToUtf8(), text);
 }
 
-TEST_F(AdapterKinds, ReadTexts) {
-    const struct {
-        int index;
-        const char* text;
-        double value;  // the default where the text tells none
-    } rows[] = {{1, "2.5 or so", 2.5}, {1, "9", 3},       {1, "none", 1}, {2, "+2.50 dB", 2.5},
-                {3, "100", 2},         {3, "-5", 2},      {4, "2.5", 3},  {4, "-7", -2},
-                {5, "4x", 4},          {6, "three", 2},   {6, "Four", 1}, {8, "off", 0},
-                {8, "0.4", 0},         {8, "perhaps", 1}, {0, "ON", 1},   {7, "On", 0}};
-    for (const auto& row : rows) {
-        ParameterMainBase& adapter = At(row.index);
-        double position = adapter.GetParameter(0);
-        const bool told = adapter.ParsePositionFromText(0, row.text, position);
-        EXPECT_EQ(adapter.record.Get(), adapter.record.defaultValue) << "answered only";
-        EXPECT_EQ(adapter.ParseParameterValueName(0, row.text), told);
-        EXPECT_EQ(adapter.record.Get(), row.value) << row.text;
-        EXPECT_NEAR(position, adapter.GetParameter(0), 1e-12);
-        adapter.record.Set(adapter.record.defaultValue);
-    }
+// The text of the value that is made of a typed one; "same" where it stays.
+void CheckTyped(ParameterMainBase& adapter, const std::string& text, const std::string& typed) {
+    const bool stays = text == "same";
+    const double before = adapter.record.Get();
+    double position = adapter.GetParameter(0);
+    EXPECT_EQ(adapter.ParsePositionFromText(0, typed.c_str(), position), !stays);
+    EXPECT_EQ(adapter.record.Get(), before) << "answered only";
+    EXPECT_EQ(adapter.ParseParameterValueName(0, typed.c_str()), !stays);
+    EXPECT_NEAR(adapter.GetParameter(0), position, 1e-12);
+    EXPECT_TRUE(stays || adapter.GetParameterValueName(0).ToUtf8() == text);
+}
+
+}  // namespace
+
+TEST_F(AdapterKinds, TellPositionsAndReadTexts) {
+    ForEachRow(QUILLOREA_ADAPTER_CASES, [&](const Row& row) {
+        int index = 0;
+        while (At(index).record.name != row.section.c_str()) ++index;
+        if (row.sign == "->") CheckPosition(At(index), row.Number(), row.right);
+        if (row.sign == "<-") CheckTyped(At(index), row.left, row.right);
+    });
 }
 
 TEST_F(AdapterKinds, TellTheEffectWhatChangedAndWhenItIsToUpdate) {

@@ -2,21 +2,19 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
-#include <regex>
 #include <string>
 
 #include "parameters/values/enumerations.h"
 #include "parameters/values/value_checks.h"
 #include "parameters/values/value_scales.h"
 #include "support/allocation_trap.h"
+#include "support/rows.h"
 
 // The rows of value_cases.txt, which says what they mean.
 
@@ -67,15 +65,6 @@ const std::map<std::string, MakeValue> kClasses = {
     {"Priority", Make<MValueEnum<MThread::Priority>>},
     {"RangeMode", Make<MValueEnum<MRangeMode>>}};
 
-struct Row {
-    double Position() const {
-        double position = NAN;
-        std::from_chars(left.data(), left.data() + left.size(), position);
-        return position;
-    }
-    std::string left, sign, right;
-};
-
 void SetAttribute(MValue& value, const Row& row) {
     TestItem item{{MString::FromUtf8(row.left), MString::FromUtf8(row.right)}};
     value.LoadXmlAttributes(item);
@@ -102,10 +91,10 @@ void CheckTyped(MValue& value, const Row& row) {
 }
 
 void CheckMove(MValue& value, const Row& row) {
-    const MString ahead = value.GetTextFrom01(row.Position());
+    const MString ahead = value.GetTextFrom01(row.Number());
     {
         AllocationTrap trap("Set01 and Limit");
-        value.Set01(row.Position());
+        value.Set01(row.Number());
         value.Limit();
     }
     EXPECT_EQ(value.GetString().ToUtf8(), row.right);
@@ -115,11 +104,10 @@ void CheckMove(MValue& value, const Row& row) {
 void CheckPosition(MValue& value, const Row& row) {
     value.SetString(MString::FromUtf8(row.right));
     AllocationTrap trap("Get01");
-    EXPECT_NEAR(value.Get01(), row.Position(), 1e-12);
+    EXPECT_NEAR(value.Get01(), row.Number(), 1e-12);
 }
 
 void CheckRow(MValue& value, const Row& row) {
-    SCOPED_TRACE(row.left + " " + row.sign + " " + row.right);
     if (row.sign == ":=") return SetAttribute(value, row);
     if (row.sign == "<-") return CheckTyped(value, row);
     if (row.sign == "->" || row.sign == "~>") return CheckTold(value, row);
@@ -129,22 +117,11 @@ void CheckRow(MValue& value, const Row& row) {
 }
 
 void CheckAllRows() {
-    const std::regex form("(.*?) (==|:=|->|~>|<-|=>|<=) ?(.*)");
-    std::ifstream file(QUILLOREA_VALUE_CASES);
     std::unique_ptr<MValue> value;
-    int sections = 0;
-    for (std::string line; std::getline(file, line);) {
-        if (line.empty() || line.starts_with('#')) continue;
-        if (line.starts_with('[')) {
-            value = kClasses.at(line.substr(1, line.size() - 2))();
-            ++sections;
-            continue;
-        }
-        std::smatch parts;
-        ASSERT_TRUE(std::regex_match(line, parts, form)) << line;
-        CheckRow(*value, {parts[1], parts[2], parts[3]});
-    }
-    EXPECT_GT(sections, 30);
+    ForEachRow(QUILLOREA_VALUE_CASES, [&](const Row& row) {
+        if (row.isFirst) value = kClasses.at(row.section)();
+        CheckRow(*value, row);
+    });
 }
 
 }  // namespace

@@ -19,25 +19,31 @@ constexpr double kMatrix[8][4] = {
 
 }  // namespace
 
-TEST(ChannelModes, ProcessTheirPartAndPassTheRestInTime) {
+TEST(ChannelModes, ProcessTheirPartAndPassTheRestInTimeInBlocksOfAnySize) {
+    const Audio in = Noise(2, 1200, 1);
     for (int mode = 0; mode <= 7; ++mode)
         for (const int latency : {0, kLatency}) {
-            FramePlugin plugin;
-            plugin.gain = kGain;
-            plugin.latency = latency;
-            plugin.channelModeRequested = mode;
-            plugin.Prepare();
-            const Audio in = Noise(2, 4 * kBlock, 1);
-            const Audio out = plugin.Run(in, kBlock, mode % 2 == 0);
+            Audio first;
+            for (const int blockSize : {1200, 1, 7, 64, 333}) {
+                FramePlugin plugin;
+                plugin.gain = kGain;
+                plugin.latency = latency;
+                plugin.channelModeRequested = mode;
+                plugin.Prepare();
+                plugin.Cut(50);
+                const Audio out = plugin.Run(in, blockSize, blockSize < 50);
+                if (first.empty()) first = out;
+                ASSERT_EQ(out, first) << mode << " in blocks of " << blockSize;
+            }
             for (std::size_t i = kLatency; i < in[0].size(); ++i) {
                 const std::size_t from = i - static_cast<std::size_t>(latency);
                 const float left = WithGuard(in[0][from]);
                 const float right = WithGuard(in[1][from]);
                 const double* const m = kMatrix[mode];
                 // One rounding for the halves and one for the sums of the pair.
-                ASSERT_NEAR(out[0][i], m[0] * left + m[1] * right, 2e-7) << mode << " at " << i;
-                ASSERT_NEAR(out[1][i], m[2] * left + m[3] * right, 2e-7) << mode << " at " << i;
-                ASSERT_TRUE(mode != 1 || out[1][i] == right);
+                ASSERT_NEAR(first[0][i], m[0] * left + m[1] * right, 2e-7) << mode << " at " << i;
+                ASSERT_NEAR(first[1][i], m[2] * left + m[3] * right, 2e-7) << mode << " at " << i;
+                ASSERT_TRUE(mode != 1 || first[1][i] == right);
             }
         }
 }

@@ -49,7 +49,8 @@ struct FramePlugin : MAudioPlugin {
     struct Call {
         int sampleCount;
         double position;
-        double value;  // of the parameter
+        double value;    // of the parameter
+        double setting;  // what it was set to
     };
     using Parameter = ParameterFloatT<ParameterBaseCustom>;
 
@@ -98,7 +99,7 @@ struct FramePlugin : MAudioPlugin {
     void Process(float** inputs, float** outputs, int sampleCount) override {
         if (throwing) throw MException("broken");
         if (calls.size() < calls.capacity())
-            calls.push_back({sampleCount, position, number.Effective()});
+            calls.push_back({sampleCount, position, number.Effective(), number.Get()});
         for (int b = 0; b < GetOutputBusCount(); ++b)
             for (int slot = b * 8; slot < b * 8 + processingOutputs; ++slot)
                 ProcessChannel(lines[static_cast<std::size_t>(slot)], inputs[slot], outputs[slot],
