@@ -16,7 +16,7 @@ double Row::Number() const {
 
 void ForEachRow(const char* path, const std::function<void(const Row&)>& check) {
     static const std::regex section("\\[(.*)\\]");
-    static const std::regex row("(.*?) (==|:=|->|~>|<-|=>|<=) ?(.*)");
+    static const std::regex row("(.*?) (==|:=|[+]=|->|~>|<-|=>|<=) ?(.*)");
     std::ifstream file(path);
     Row current;
     for (std::string line; std::getline(file, line);) {

@@ -10,8 +10,8 @@
 //     [SECTION]
 //     LEFT SIGN RIGHT
 //
-// A sign is one of == := -> ~> <- => <=, the first one of a row; what the sides mean is the test's
-// business. The right side may be empty and keeps its spaces but one.
+// A sign is one of == := += -> ~> <- => <=, the first one of a row; what the sides mean is the
+// test's business. The right side may be empty and keeps its spaces but one.
 struct Row {
     double Number() const;  // the left side; whatever the locale
 

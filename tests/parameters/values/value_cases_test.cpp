@@ -12,6 +12,7 @@
 
 #include "parameters/values/enumerations.h"
 #include "parameters/values/value_checks.h"
+#include "parameters/values/value_list.h"
 #include "parameters/values/value_scales.h"
 #include "support/allocation_trap.h"
 #include "support/rows.h"
@@ -22,18 +23,22 @@ namespace {
 
 using MakeValue = std::unique_ptr<MValue> (*)();
 
-template <typename Value>
+// A value of a default and a range, where these are told.
+template <typename Value, auto... range>
 std::unique_ptr<MValue> Make() {
-    return std::make_unique<Value>();
+    return std::make_unique<Value>(MValueRef(), range...);
 }
 
 // A text without a value, told as if it had one.
 template <auto text>
 struct Told : MValueDouble {
+    using MValueDouble::MValueDouble;
     MString TextOf(double number) const override { return text(number); }
 };
 
 MString Underlined(double hertz) { return FrequencyCaption(hertz, "_"); }
+
+constexpr const char* kModes[] = {"Off", "Slow", "Fast"};
 
 const std::map<std::string, MakeValue> kClasses = {
     {"Decibels", Make<Told<DecibelNumberText>>},
@@ -57,6 +62,11 @@ const std::map<std::string, MakeValue> kClasses = {
     {"StepPercents", Make<MValueStepPercents>},
     {"Time", Make<MValueTimeMS>},
     {"Volume", Make<MValueVolume>},
+    {"Frequency 20 to 110", Make<MValueFrequency, 50, 20, 110>},
+    {"Pitch 0 to 20", Make<MValuePitch, 1, 0, 20>},
+    {"Int32 -1500 to 1499", Make<MValueInt32, 0, -1500, 1499>},
+    {"Double 3 to 3", Make<MValueDouble, 5, 3, 3>},
+    {"List", Make<MValueLiteralList, kModes, 3, 2>},
     {"Country", Make<MValueEnum<MLocale::Country>>},
     {"Language", Make<MValueEnum<MLocale::Language>>},
     {"MultiParameterMode", Make<MValueEnum<MMultiParameterMode>>},
@@ -101,6 +111,15 @@ void CheckMove(MValue& value, const Row& row) {
     EXPECT_EQ(value.GetTextInternal(), ahead);
 }
 
+void CheckStep(MValue& value, const Row& row) {
+    const std::string before = value.GetString().ToUtf8();
+    const bool changed = row.left == "fine"   ? value.StepFine(1)
+                         : row.left == "step" ? value.Step(1, 0)
+                                              : value.Step(1, 31);
+    EXPECT_EQ(value.GetString().ToUtf8(), row.right);
+    EXPECT_EQ(changed, row.right != before);
+}
+
 void CheckPosition(MValue& value, const Row& row) {
     value.SetString(MString::FromUtf8(row.right));
     AllocationTrap trap("Get01");
@@ -111,6 +130,7 @@ void CheckRow(MValue& value, const Row& row) {
     if (row.sign == ":=") return SetAttribute(value, row);
     if (row.sign == "<-") return CheckTyped(value, row);
     if (row.sign == "->" || row.sign == "~>") return CheckTold(value, row);
+    if (row.sign == "+=") return CheckStep(value, row);
     if (row.sign == "=>") return CheckMove(value, row);
     if (row.sign == "<=") return CheckPosition(value, row);
     EXPECT_EQ(value.GetString().ToUtf8(), row.right);
