@@ -45,16 +45,6 @@ Audio ChorusDriver::Rendered(const Audio& input, int blockSize) {
     return output;
 }
 
-ReferenceSettings Settings(int channels, int sampleRate, bool highQuality,
-                           const std::vector<Change>& changes) {
-    ReferenceSettings settings;
-    settings.channels = channels;
-    settings.sampleRate = sampleRate;
-    settings.highQuality = highQuality;
-    for (const auto& [index, value] : changes) settings[index] = value;
-    return settings;
-}
-
 std::vector<int> BlocksOf(int sampleCount, int size) {
     std::minstd_rand generator;
     std::vector<int> blocks;

@@ -42,10 +42,5 @@ public:
     std::unique_ptr<MAudioEffectPluginHost> host;
 };
 
-// Settings with changes (parameter index, value) from the defaults.
-using Change = std::pair<int, double>;
-ReferenceSettings Settings(int channels, int sampleRate, bool highQuality,
-                           const std::vector<Change>& changes = {});
-
 // The sizes of the blocks that a length is cut into: one size, or for size 0 of 1 to 700 samples.
 std::vector<int> BlocksOf(int sampleCount, int size);

@@ -33,6 +33,18 @@ double Saturated(double x) {
 
 double Cube(double x) { return x * x * x; }
 
+// The first and the step of a row of values that keeps within 0 .. bound.
+std::pair<double, double> Fit(double start, double step, double bound, int count) {
+    if (count == 1) return {start, 0};
+    const double last = count - 1;
+    if (step < 0) {
+        start = std::max(start, std::min(bound, -last * step));
+        return {start, std::max(step, -start / last)};
+    }
+    start = std::min(start, std::max(0.0, bound - last * step));
+    return {start, std::min(step, (bound - start) / last)};
+}
+
 bool IsKnown(double x) { return x >= 0 && x <= 1e9; }
 
 }  // namespace
@@ -57,19 +69,14 @@ void ReferenceLine::Resize(int newLength) {
     cells = stretched;
 }
 
-void ReferenceLine::Clear(int newLength) {
-    cells.assign(newLength, 0.0f);
-    oldest = 0;
-}
-
 void ReferenceChorus::Prepare(const ReferenceSettings& newSettings) {
     settings = last = newSettings;
     maxRange = std::trunc(0.1 * settings.sampleRate);
     maxDelay = std::trunc(0.5 * settings.sampleRate);
     for (int c = 0; c < settings.channels; ++c) {
-        lines[c].Clear(static_cast<int>(2 * (maxRange + maxDelay + 32)) +
-                       (settings.highQuality ? 39 : 5));
-        dryDelay[c].Clear(18);
+        const double length = 2 * (maxRange + maxDelay + 32) + (settings.highQuality ? 39 : 5);
+        lines[c] = {std::vector<float>(static_cast<std::size_t>(length))};
+        dryDelay[c] = {std::vector<float>(18)};
         lowPass.memory[c] = highPass.memory[c] = {};
     }
     Update();
@@ -93,19 +100,6 @@ void ReferenceChorus::UpdateFilters() {
     if (lowPass.enabled) lowPass.filter.Set(FilterType::LowPass, highest, s, 0.7, 0);
 }
 
-ReferenceChorus::Fan ReferenceChorus::Fit(double start, double step, double bound, int voiceCount) {
-    if (voiceCount == 1) return {start, 0};
-    const double last = voiceCount - 1;
-    if (step < 0) {
-        start = std::max(start, std::min(bound, -last * step));
-        step = std::max(step, -start / last);
-    } else {
-        start = std::min(start, std::max(0.0, bound - last * step));
-        step = std::min(step, (bound - start) / last);
-    }
-    return {start, step};
-}
-
 void ReferenceChorus::UpdateVoices() {
     // clang-format off
     static constexpr double kSpeeds[] = {
@@ -114,18 +108,19 @@ void ReferenceChorus::UpdateVoices() {
         0.9726027397260274};
     // clang-format on
     const double s = settings.sampleRate, variability = settings[P::kRateVariability];
-    const Fan range =
+    const auto [range, rangeStep] =
         Fit(s * settings[P::kRange], Cube(settings[P::kRangeVariability]) * maxRange * 0.5,
             maxRange, voiceCount);
-    const Fan delay = Fit(s * settings[P::kDelay], Cube(settings[P::kDelayVariability]) * s * 0.5,
-                          maxDelay, voiceCount);
+    const auto [delay, delayStep] =
+        Fit(s * settings[P::kDelay], Cube(settings[P::kDelayVariability]) * s * 0.5, maxDelay,
+            voiceCount);
     const double depthStep = Cube(settings[P::kDepthVariability]) / voiceCount;
     const double depth = depthStep > 0 ? 1 - (voiceCount - 1) * depthStep : 1;
     for (int v = 0; v < voiceCount; ++v) {
         Voice& voice = voices[v];
         voice.depth = depth + v * depthStep;
-        voice.range = std::clamp(range.start + v * range.step, 0.1, maxRange);
-        voice.delay = std::clamp(delay.start + v * delay.step, 0.0, maxDelay);
+        voice.range = std::clamp(range + v * rangeStep, 0.1, maxRange);
+        voice.delay = std::clamp(delay + v * delayStep, 0.0, maxDelay);
         voice.rate = std::pow(10, settings[P::kRate]) / s *
                      std::exp2(4 * variability * kSpeeds[10 * v / voiceCount]);
         voice.phaseOffset = 1 - std::fmod(voice.delay * voice.rate, 1);
@@ -162,36 +157,35 @@ void ReferenceChorus::FollowHost(const TransportInfo& transport) {
     }
 }
 
-ReferenceChorus::Ramp ReferenceChorus::RampOf(int index, int sampleCount) const {
-    return {last[index], (settings[index] - last[index]) / sampleCount};
+// A parameter that goes from its last value to its present one, after this share of the block.
+double ReferenceChorus::Moving(int index, double share) const {
+    return last[index] + (settings[index] - last[index]) * share;
 }
 
 // 0.6 dB less per voice, as far as the wet signal is heard.
-ReferenceChorus::Ramp ReferenceChorus::Loudness(const Ramp& dryWet, int sampleCount) const {
-    const auto level = [this](double mix) {
-        const double wet = std::min(mix, 1.0);
-        return std::pow(10, -0.6 * voiceCount / 20) * wet + 1 - wet;
-    };
-    const double start = level(dryWet.start);
-    return {start, (level(dryWet.At(sampleCount)) - start) / sampleCount};
+double ReferenceChorus::Loudness(double dryWet) const {
+    const double wet = std::min(dryWet, 1.0);
+    return std::pow(10, -0.6 * voiceCount / 20) * wet + 1 - wet;
 }
 
 void ReferenceChorus::Process(const TransportInfo& transport, const float* const* inputs,
                               float* const* outputs, int sampleCount) {
     FollowHost(transport);
-    const Ramp dryWet = RampOf(P::kDryWet, sampleCount);
-    const Ramps ramps = {dryWet, RampOf(P::kTremolo, sampleCount),
-                         RampOf(P::kVoiceTremolo, sampleCount),
-                         RampOf(P::kTremoloPhase, sampleCount), Loudness(dryWet, sampleCount)};
-    last = settings;
+    const double from = Loudness(last[P::kDryWet]), to = Loudness(settings[P::kDryWet]);
     for (int i = 0; i < sampleCount; ++i) {
+        const double share = double(i) / sampleCount;
         double sum[8], tremolo[8];
         for (int c = 0; c < settings.channels; ++c)
-            sum[c] = Write(c, inputs[c][i]) * std::min(1.0, 2 - dryWet.At(i));
-        for (int v = 0; v < voiceCount; ++v) AddVoice(i, v, ramps, sum, tremolo);
+            sum[c] = Write(c, inputs[c][i]) * std::min(1.0, 2 - Moving(P::kDryWet, share));
+        for (int v = 0; v < voiceCount; ++v) {
+            // Other than in stereo a tremolo phase moves on with each voice: meant.
+            const double passed = settings.channels == 2 ? i : i * voiceCount + v;
+            AddVoice(v, share, passed / sampleCount, sum, tremolo);
+        }
         for (int c = 0; c < settings.channels; ++c)
-            outputs[c][i] = static_cast<float>(sum[c] * tremolo[c] * ramps.loudness.At(i));
+            outputs[c][i] = static_cast<float>(sum[c] * tremolo[c] * (from + (to - from) * share));
     }
+    last = settings;
 }
 
 // Conditions a sample and writes it to its line. Answers the dry signal, which waits in a line too,
@@ -214,19 +208,14 @@ double ReferenceChorus::Read(int c, double offset) const {
     return read(line.cells.data(), length, cell, x - whole);
 }
 
-// Two channels have their voices panned and delayed; any other number has them as they are read,
-// and there a moving tremolo phase steps once a voice: meant.
-void ReferenceChorus::AddVoice(int i, int v, const Ramps& ramps, double (&sum)[8],
+// Two channels have their voices panned and delayed; any other number has them as they are read.
+void ReferenceChorus::AddVoice(int v, double share, double phaseShare, double (&sum)[8],
                                double (&tremolo)[8]) {
     Voice& voice = voices[v];
     const bool stereo = settings.channels == 2;
-    const double tremoloPhase = ramps.tremoloPhase.At(stereo ? i : i * voiceCount + v);
-    double tap[8], gain[8];
+    double tap[8];
     for (int c = 0; c < settings.channels; ++c) {
         const double phase = voice.phase + c * channelPhaseStep;
-        const double source = (Shape(phase + tremoloPhase) + 1) / 2;
-        if (v == 0) tremolo[c] = TremoloGain(source, ramps.tremolo.At(i));
-        gain[c] = TremoloGain(source, ramps.voiceTremolo.At(i));
         const double sweep = Shape(stereo ? phase + voice.phaseOffset : phase) - 1;
         tap[c] = Read(c, sweep * voice.range - voice.delay);
     }
@@ -236,9 +225,12 @@ void ReferenceChorus::AddVoice(int i, int v, const Ramps& ramps, double (&sum)[8
         tap[1] = std::min(1.0, 1 + voice.pan) * right + std::max(0.0, voice.pan) * left;
     }
     for (int c = 0; c < settings.channels; ++c) {
-        const double wet = tap[c] * gain[c];
+        const double phase = voice.phase + c * channelPhaseStep;
+        const double source = (Shape(phase + Moving(P::kTremoloPhase, phaseShare)) + 1) / 2;
+        if (v == 0) tremolo[c] = TremoloGain(source, Moving(P::kTremolo, share));
+        const double wet = tap[c] * TremoloGain(source, Moving(P::kVoiceTremolo, share));
         sum[c] += (stereo ? voice.haas[c].Exchange(wet) : wet) * voice.depth *
-                  std::min(1.0, ramps.dryWet.At(i));
+                  std::min(1.0, Moving(P::kDryWet, share));
     }
     voice.phase = std::fmod(voice.phase + voice.rate, 1);
 }

@@ -15,13 +15,15 @@
 // Threads  one
 
 struct ReferenceSettings {
-    static constexpr int kCount = 23;
+    int channels = 2;
+    int sampleRate = 48000;
+    bool highQuality = false;
     // clang-format off
     enum Index : int {
         kDryWet = 1, kRate, kRange, kDelay, kVoices, kSaturation, kSpread, kSpreadMode,
         kDepthVariability = 10, kRateVariability, kRangeVariability, kDelayVariability,
         kMinFrequency, kMaxFrequency, kTremolo, kVoiceTremolo, kTremoloPhase,
-        kSync, kSyncLength, kSyncType, kSyncPhase,
+        kSync, kSyncLength, kSyncType, kSyncPhase, kCount,
     };
     double values[kCount] = {
         0, 1, -1, 0.01, 0.005, 2, 0.1, 1, 0,
@@ -30,10 +32,6 @@ struct ReferenceSettings {
     // clang-format on
     double operator[](int index) const { return values[index]; }
     double& operator[](int index) { return values[index]; }
-
-    bool highQuality = false;
-    int channels = 2;
-    int sampleRate = 48000;
 };
 
 // Whole-sample delay; a new length stretches what it holds.
@@ -43,13 +41,10 @@ struct ReferenceLine {
 
     float Exchange(double newest);
     void Resize(int newLength);
-    void Clear(int newLength);
 };
 
 class ReferenceChorus {
 public:
-    explicit ReferenceChorus(const ReferenceSettings& settings) { Prepare(settings); }
-
     // Clears lines and filters and sizes them; then Update, and no ramp into the next block.
     void Prepare(const ReferenceSettings& newSettings);
     void Update();
@@ -71,27 +66,16 @@ private:
         double depth = 0, pan = 0;
         ReferenceLine haas[2];
     };
-    struct Ramp {
-        double start, step;
-        double At(int i) const { return start + i * step; }
-    };
-    struct Ramps {
-        Ramp dryWet, tremolo, voiceTremolo, tremoloPhase, loudness;
-    };
-    struct Fan {
-        double start, step;  // samples, samples per voice
-    };
 
-    static Fan Fit(double start, double step, double bound, int voiceCount);
     void UpdateFilters();
     void UpdateVoices();
     void UpdateStereo();
     void FollowHost(const TransportInfo& transport);
-    Ramp RampOf(int index, int sampleCount) const;
-    Ramp Loudness(const Ramp& dryWet, int sampleCount) const;
+    double Moving(int index, double share) const;
+    double Loudness(double dryWet) const;
     double Write(int c, double raw);
     double Read(int c, double offset) const;
-    void AddVoice(int i, int v, const Ramps& ramps, double (&sum)[8], double (&tremolo)[8]);
+    void AddVoice(int v, double share, double phaseShare, double (&sum)[8], double (&tremolo)[8]);
 
     ReferenceLine lines[8], dryDelay[8];
     Filter lowPass, highPass;
@@ -99,5 +83,5 @@ private:
     int voiceCount = 0;
     double maxRange = 0, maxDelay = 0;  // samples
     double channelPhaseStep = 0;
-    ReferenceSettings last;
+    ReferenceSettings last;  // at the end of the block before
 };

@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <numbers>
 #include <random>
 
 Audio Silence(int channels, int sampleCount) { return Constant(channels, sampleCount, 0); }
@@ -24,15 +22,9 @@ Audio Noise(int channels, int sampleCount, float peak, std::uint32_t seed) {
 
 Audio Programme(int channels, int sampleCount, float peak) {
     Audio audio = Noise(channels, sampleCount, peak, 7);
-    const int eighth = std::max(1, sampleCount / 8);
-    for (int c = 0; c < channels; ++c) {
-        double phase = 0;
-        for (int i = 0; i < sampleCount; ++i) {
-            phase += 0.001 + 0.449 * i / sampleCount;
-            const int kind = (i / eighth + c) % 4;
-            if (kind == 1) audio[c][i] = peak * float(std::sin(2 * std::numbers::pi * phase));
-            if (kind == 2) audio[c][i] = i % eighth == eighth / 2 ? peak : 0.0f;
-        }
+    for (std::vector<float>& channel : audio) {
+        std::fill_n(channel.begin() + sampleCount / 2, sampleCount / 4, 0.0f);
+        channel[sampleCount * 5 / 8] = peak;
     }
     return audio;
 }
@@ -59,8 +51,7 @@ double LargestDifference(const Audio& a, const Audio& b) {
     for (std::size_t c = 0; c < a.size(); ++c) {
         for (std::size_t i = 0; i < a[c].size(); ++i) {
             const double difference = std::abs(double(a[c][i]) - double(b.at(c).at(i)));
-            if (!std::isfinite(difference)) return std::numeric_limits<double>::infinity();
-            largest = std::max(largest, difference);
+            largest = std::max(largest, std::isfinite(difference) ? difference : HUGE_VAL);
         }
     }
     return largest;

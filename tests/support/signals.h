@@ -6,7 +6,7 @@
 
 // Test signals, the same on every machine, and the channel arrays that carry them.
 //
-// Units    samples; frequencies in cycles per sample
+// Units    samples
 
 using Audio = std::vector<std::vector<float>>;  // channel, sample
 
@@ -16,8 +16,7 @@ Audio Constant(int channels, int sampleCount, float level);
 // Uniform within +-peak, another sequence for each channel and seed.
 Audio Noise(int channels, int sampleCount, float peak, std::uint32_t seed = 1);
 
-// What a line should carry exactly: noise, a sine that sweeps from 0.001 to 0.45, an impulse and a
-// stretch of silence, in turn over the length and another mix for each channel.
+// What a line should carry exactly: noise, and for the third quarter silence around an impulse.
 Audio Programme(int channels, int sampleCount, float peak);
 
 // Pointers to sample `from` of each channel.
