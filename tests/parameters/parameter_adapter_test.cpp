@@ -20,6 +20,7 @@ struct EffectDouble : MPlugin {
     EffectDouble() {
         records[0].SetGroup("group", "g", &onOff);
         records[1].SetFloat("float", "f", -1, 3, 1);
+        records[1].law = PositionLaw::Square;
         records[2].SetFloat("law", "l", 1, 17, 5);
         records[2].law = PositionLaw::FourthPower;
         records[2].format = "{+0.2} dB";

@@ -118,21 +118,20 @@ TEST(FrameAutomation, RampsWhereAMoveCounts) {
 
 TEST(FrameUpsampling, RunsTheEffectFasterAndClipsOrIsRefused) {
     FramePlugin plugin;
-    plugin.Prepare();
     EXPECT_THROW(plugin.SetUpsampling(2), MException);
     EXPECT_EQ(plugin.sampleRate.load(), 44100);
 
     FramePlugin faster;
     faster.makeUpsampler = [] { return std::make_unique<AnyUpsampler>(); };
     faster.clipLevel = 0.25;
+    faster.latency = 300;
     faster.SetUpsampling(3);
     EXPECT_EQ(faster.sampleRate.load(), 3 * 44100);
+    EXPECT_EQ(faster.GetReportedLatency(), 300 / 3 + 96 / 3);
+    faster.latency = 0;
     HostBuffers host(2, 2, 50, 1);
     host.Process(faster, false);
     EXPECT_EQ(faster.calls[0].sampleCount, 150);
     for (std::size_t i = 0; i < 50; ++i)
         EXPECT_EQ(host.out[1][i], std::clamp(0.25f + host.in[1][i], -0.25f, 0.25f));
-    faster.latency = 300;
-    faster.InitProcessing();
-    EXPECT_EQ(faster.GetReportedLatency(), 300 / 3 + 96 / 3);
 }

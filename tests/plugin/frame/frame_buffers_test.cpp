@@ -47,20 +47,18 @@ TEST(FrameBuffers, WithoutAnOutputAnInputOrALeaveNothingIsProcessed) {
     EXPECT_TRUE(plugin.calls.empty());
 }
 
-TEST(FrameBuffers, AccumulatingAndInPlaceGiveWhatReplacingGives) {
+TEST(FrameBuffers, AddingGivesWhatReplacingGives) {
     for (const int mode : {0, 1, 5})
-        for (int flags = 0; flags < 8; ++flags) {
+        for (const int flags : {0, 1, 2, 3}) {
             FramePlugin plugin;
             plugin.channelModeRequested = mode;
             plugin.accumulatesOutput = flags & 1;
-            plugin.noInPlace = flags & 2;
-            plugin.bypassed = flags & 4;
+            plugin.bypassed = flags & 2;
             plugin.gain = 0.5f;
             plugin.Prepare();
             HostBuffers replaced(2, 2, kBlock), added(2, 2, kBlock);
             replaced.Process(plugin);
             added.Process(plugin, false);
-            EXPECT_EQ(plugin.Run(Noise(2, kBlock, 0.5f), kBlock, true), replaced.out);
             for (auto& channel : replaced.out)
                 for (float& sample : channel) sample += 0.25f;
             EXPECT_EQ(added.out, replaced.out) << mode << " flags " << flags;

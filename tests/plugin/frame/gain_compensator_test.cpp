@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <numbers>
 #include <numeric>
 #include <utility>
 
@@ -35,10 +34,9 @@ double Loudness(const Audio& audio, int from, int to) {
 }
 
 Audio Sine(double hertz) {
-    Audio audio = Silence(1, 4 * kRate);
-    for (std::size_t i = 0; i < audio[0].size(); ++i)
-        audio[0][i] = static_cast<float>(
-            0.5 * std::sin(2 * std::numbers::pi * hertz * static_cast<double>(i) / kRate));
+    Audio audio(1);
+    for (int i = 0; i < 4 * kRate; ++i)
+        audio[0].push_back(static_cast<float>(0.5 * std::sin(2 * M_PI * hertz * i / kRate)));
     return audio;
 }
 

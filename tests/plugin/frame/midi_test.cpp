@@ -60,8 +60,8 @@ TEST(MIDI, MessagesReachTheirHandlers) {
 TEST(MIDI, ListenersHearTheirChannels) {
     MIDIPlugin plugin, listener;
     plugin.AddListener(listener, 1 << 2);
-    for (const char* const status : {"92", "93", "b2", "b3"})
-        plugin.Tell(std::string(status) + " 7 7f");
+    for (const char* const message : {"92 7 7f", "93 7 7f", "b2 7 7f", "b3 7 7f"})
+        plugin.Tell(message);
     EXPECT_EQ(listener.told, "on 2 7 1.0000;volume 2 0 1.0000;");
 }
 
@@ -71,11 +71,10 @@ TEST(MIDI, EventsHaveASongPositionAndGoBackToTheHost) {
     plugin.hostAdapter = &host;
     plugin.SetHostSampleRate(48000);
     plugin.position = 8;
-    const std::uint8_t on[] = {0x90, 60, 1};
-    plugin.ProcessMIDIEvent(24000, on);  // half a second at two quarters a second
-    EXPECT_DOUBLE_EQ(plugin.last.position, 9);
     for (std::uint8_t velocity = 1; velocity < 128; ++velocity) {
         plugin.SendNote(7, 3, 60, velocity / 127.0, true);
         EXPECT_EQ(host.sent, (std::vector<std::uint8_t>{0x93, 60, velocity}));
+        plugin.ProcessMIDIEvent(24000, host.sent.data());
+        EXPECT_DOUBLE_EQ(plugin.last.position, 9);  // half a second, at two quarters a second
     }
 }
