@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <string>
+#include <utility>
 
 #include "foundation/objects/random.h"
 #include "parameters/effect_parameters.h"
@@ -40,11 +41,15 @@ struct EffectDouble : MPlugin {
         descriptor.parameterCount = 12;
     }
     void ParameterChanged(int index) override { changed += std::to_string(index) + " "; }
-    void Update() override { changed += "update "; }
+    void Update() override {
+        changed += "update ";
+        if (std::exchange(asksAgain, false)) RequestUpdate();
+    }
 
     std::atomic<std::uint8_t> onOff = 0;
     ParameterRecord records[12];
     std::string changed;
+    bool asksAgain = false;
 };
 
 class AdapterKinds : public testing::Test {
@@ -96,12 +101,12 @@ TEST_F(AdapterKinds, TellTheEffectWhatChangedAndWhenItIsToUpdate) {
     effect.UpdateIfNeeded();
     At(1).SetParameter(0, 1, false);
     At(2).ParseParameterValueName(0, "3");
-    effect.UpdateIfNeeded();
-    effect.UpdateIfNeeded();
+    effect.asksAgain = true;
+    for (int block = 0; block < 3; ++block) effect.UpdateIfNeeded();
     SetRandomSeed(1);
     At(3).Randomize(1);
     EXPECT_NEAR(effect.records[3].Get(), 1 + 3 * 41 / 32767.0, 1e-12);
-    EXPECT_EQ(effect.changed, "4 1 2 update 3 ");
+    EXPECT_EQ(effect.changed, "4 1 2 update update 3 ");
     EXPECT_EQ(plugin.updates, 0) << "nothing is updated at once";
 }
 

@@ -34,10 +34,7 @@ public:
         MAudioEffectPlugin::Prepare(newChannels, newSampleRate);
         return Note("prepare" + std::to_string(channels) + " " + std::to_string(sampleRate) + " ");
     }
-    void Update() override {
-        Note("update ");
-        if (std::exchange(asksAgain, false)) RequestUpdate();
-    }
+    void Update() override { Note("update "); }
     void ResetParameters() override {
         MAudioEffectPlugin::ResetParameters();
         Note("reset ");
@@ -52,7 +49,6 @@ public:
 
     ParameterRecord records[2];
     std::string log;
-    bool asksAgain = false;
     CountedObject counted;
 };
 
@@ -112,16 +108,6 @@ TEST_F(Contract, RunsWhatEachCommandAsksFor) {
     EXPECT_EQ(LogOf(PluginCommand::kPrepare, 6, 96000), "prepare6 96000 update reset ");
     EXPECT_EQ(Effect().records[1].stored, 0.9) << "nothing ramps into the next block";
     EXPECT_EQ(host->Command(PluginCommand::kPrepare), 77);
-}
-
-TEST_F(Contract, UpdatesOnceForManyRequestsAndKeepsOneThatComesMeanwhile) {
-    Effect().log.clear();
-    for (int request = 0; request < 2; ++request) Effect().RequestUpdate();
-    Effect().asksAgain = true;
-    for (const char* const log : {"update ", "update update ", "update update "}) {
-        Effect().UpdateIfNeeded();
-        EXPECT_EQ(Effect().log, log);
-    }
 }
 
 TEST_F(Contract, HandsWhatTheEffectTellsToTheCallback) {

@@ -8,22 +8,29 @@
 namespace {
 
 constexpr int kBlock = 64;
-const std::vector<float> kGuardedSilence(kBlock, kDenormalGuard);
 
 }  // namespace
 
 TEST(FrameBuffers, MissingChannelsAreRepaired) {
-    // The host's word, and whether the missing second channel is the first one or silence.
-    for (const auto& [connected, isFirst] : {std::pair{-1, true}, {2, true}, {1, false}}) {
+    // The host's word, and what of the only channel comes to the second one.
+    for (const auto& [connected, mode, share] : {std::tuple{-1, kModeLeftRight, 0.5f},
+                                                 {2, kModeLeftRight, 0.5f},
+                                                 {1, kModeLeftRight, 0.0f},
+                                                 {2, kModeLeft, 1.0f},
+                                                 {2, kModeMono, 0.5f}}) {
         FramePlugin plugin(4, 2);
+        plugin.gain = 0.5f;
+        plugin.channelModeRequested = mode;
         plugin.Prepare();
         plugin.SetConnectedChannels(connected, 2);
         HostBuffers host(1, 2, kBlock);
         host.Process(plugin);
-        EXPECT_EQ(host.out[0], host.in[0]);  // by now the input has its guard
-        EXPECT_EQ(host.out[1], isFirst ? host.in[0] : kGuardedSilence) << connected;
+        for (std::size_t i = 0; i < kBlock; ++i) {
+            EXPECT_EQ(host.out[0][i], 0.5f * host.in[0][i]);  // by now the input has its guard
+            EXPECT_EQ(host.out[1][i], share > 0 ? share * host.in[0][i] : 0.5f * kDenormalGuard);
+        }
         ASSERT_NE(host.Input(2), nullptr);  // the side-chain
-        EXPECT_EQ(std::vector<float>(host.Input(2), host.Input(2) + kBlock), kGuardedSilence);
+        EXPECT_EQ(*std::max_element(host.Input(2), host.Input(2) + kBlock), kDenormalGuard);
     }
 }
 

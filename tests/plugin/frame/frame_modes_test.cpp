@@ -50,19 +50,6 @@ TEST(ChannelModes, ProcessTheirPartAndPassTheRestInTimeInBlocksOfAnySize) {
         }
 }
 
-TEST(ChannelModes, APairThatIsOneBufferStaysWhole) {
-    for (const auto& [mode, second] : {std::pair{1, 1.0f}, {3, kGain}}) {
-        FramePlugin plugin;
-        plugin.gain = kGain;
-        plugin.channelModeRequested = mode;
-        plugin.Prepare();
-        HostBuffers host(1, 2, kBlock);
-        host.Process(plugin);
-        EXPECT_EQ(host.out[0][9], kGain * host.in[0][9]);
-        EXPECT_EQ(host.out[1][9], second * host.in[0][9]);
-    }
-}
-
 TEST(ChannelModes, SurroundShowsTheEffectTheChosenChannels) {
     constexpr int kChannels = 6;
     const Audio in = Noise(kChannels, 3 * kBlock, 1);

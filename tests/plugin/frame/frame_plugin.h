@@ -88,11 +88,8 @@ struct FramePlugin : MAudioPlugin {
     std::unique_ptr<MUpsampler> CreateUpsampler() override {
         return makeUpsampler ? makeUpsampler() : MAudioPlugin::CreateUpsampler();
     }
-    void PrepareBlock(float**, float**, int, bool) override {
-        ++prepared;
-        controlWord = _mm_getcsr();
-    }
-    void FinishBlock(float**, float**, int, bool) override { ++finished; }
+    void PrepareBlock(float**, float**, int, bool) override { controlWord = _mm_getcsr(); }
+    void FinishBlock(float**, float**, int, bool) override {}
     void PrepareForProcessingOnce(float**, float**) override {}
     void ProcessBypassed(float*, int, int) override {}
     void ClearEffect() override { ++clearCalls; }
@@ -124,7 +121,7 @@ struct FramePlugin : MAudioPlugin {
     unsigned controlWord = 0;  // of the processor while it is prepared
     std::vector<Call> calls;
     std::atomic<int> updates = 0;
-    int clearCalls = 0, prepared = 0, finished = 0;
+    int clearCalls = 0;
     std::function<std::unique_ptr<MUpsampler>()> makeUpsampler;
     std::array<MArrayQueue<float>, kChannelSlots> lines;
 };
