@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "parameters/parameter_adapter.h"
 
+#include <cmath>
+
 namespace {
 
 MString Joined(const MString& front, const char* separator, const MString& back) {
@@ -22,6 +24,7 @@ ParameterMainBase::ParameterMainBase(const AutomationContext& context, Parameter
 }
 
 void ParameterMainBase::SetParameter(int, double position, bool silent) {
+    if (!std::isfinite(position)) return;
     record.SetEffective(ValueAt(position));
     if (!silent) Changed();
 }

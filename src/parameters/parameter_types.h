@@ -19,7 +19,8 @@
 //
 // A format takes the value's place in all but enumerations. A text is read as the number at its
 // start, an option's or a switch's own text in any case.
-// Ranges   a float is stored as its position says, also beyond its range; the others stay in theirs
+// Ranges   a float is stored as its position says, also beyond its range; the others stay in
+//          theirs. A position that is no finite number sets nothing
 
 template <typename Base>
 class ParameterFloatT : public Base {

@@ -96,6 +96,8 @@ TEST_F(AdapterKinds, TellPositionsAndReadTexts) {
 }
 
 TEST_F(AdapterKinds, TellTheEffectWhatChangedAndWhenItIsToUpdate) {
+    for (const double position : {std::nan(""), HUGE_VAL}) At(1).SetParameter(0, position, false);
+    EXPECT_EQ(effect.records[1].Get(), 1) << "was no position";
     effect.records[4].Clear(ParameterFlag::kUpdates);
     At(4).SetParameter(0, 1, false);
     effect.UpdateIfNeeded();
