@@ -29,7 +29,7 @@ void ParameterRecord::SetEnumeration(MString newName, MString newIdentifier,
                                      std::vector<MString> newOptions, int defaultIndex) {
     Describe(ParameterType::Enumeration, std::move(newName), std::move(newIdentifier));
     options = std::move(newOptions);
-    SetRange(0, static_cast<double>(options.size()) - 1, defaultIndex);
+    SetRange(0, std::max(static_cast<double>(options.size()) - 1, 0.0), defaultIndex);
 }
 
 void ParameterRecord::SetBoolean(MString newName, MString newIdentifier, bool newDefault) {

@@ -60,12 +60,13 @@ TEST(ParameterRecord, SetsTheTargetWhileAMoveIsUnderWay) {
 // later ones.
 TEST(Randomising, FollowsOneSequence) {
     std::atomic<std::uint8_t> onOff = 1;
-    ParameterRecord linear, fourth, integer, list, boolean, group, head, whole;
+    ParameterRecord linear, fourth, integer, list, none, boolean, group, head, whole;
     linear.SetFloat("", "", 0, 2, 1);
     fourth.SetFloat("", "", 0.0001, 0.1, 0.01);
     fourth.law = PositionLaw::FourthPower;
     integer.SetInteger("", "", 1, 10, 5);
     list.SetEnumeration("", "", {"0", "1", "2", "3", "4", "5", "6"}, 0);
+    none.SetEnumeration("", "", {}, 0);
     boolean.SetBoolean("", "", false);
     group.SetGroup("", "", &onOff);
     head.SetGroup("", "");
@@ -86,6 +87,7 @@ TEST(Randomising, FollowsOneSequence) {
         // From position 41 / 32767 by 11478 / 32767 - 0.5, which is below 0.
         {linear, 0.5, 0},
         {whole, 1, 9},  // 29358: 8.96
+        {none, 1, 0},
     };
     SetRandomSeed(1);
     for (const auto& [record, amount, result] : rows) {
