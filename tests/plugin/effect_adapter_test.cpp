@@ -97,7 +97,9 @@ struct Plugin : MAudioEffectPluginToAudioPluginAdapter {
 }  // namespace
 
 TEST(ChorusAsAPlugin, SoundsLikeTheEffectInBlocksOfAnySize) {
-    const auto settings = Settings(2, 48000, true, {{P::kVoices, 7}, {P::kSpreadMode, 4}});
+    ReferenceSettings settings{.highQuality = true};
+    settings[P::kVoices] = 7;
+    settings[P::kSpreadMode] = 4;
     const Audio input = Programme(2, 4096, 0.5f);
     Audio guarded = input;
     for (auto& channel : guarded) std::ranges::transform(channel, channel.begin(), WithGuard);
@@ -110,8 +112,10 @@ TEST(ChorusAsAPlugin, SoundsLikeTheEffectInBlocksOfAnySize) {
 
 // Every line and filter holds what is too large for a sample when the output breaks down.
 TEST(ChorusAsAPlugin, IsSilencedAndClearedWhenItGoesWrong) {
-    const auto settings = Settings(
-        2, 48000, true, {{P::kMinFrequency, 2}, {P::kMaxFrequency, 3.5}, {P::kSpreadMode, 6}});
+    ReferenceSettings settings{.highQuality = true};
+    settings[P::kMinFrequency] = 2;
+    settings[P::kMaxFrequency] = 3.5;
+    settings[P::kSpreadMode] = 6;
     Plugin broken(settings), sound(settings);
     const Audio input = Noise(2, 3000, 0.5f);
     RunPlugin(sound, Silence(2, 3000), 3000);
@@ -158,6 +162,11 @@ TEST(PluginParameters, ReachTheEffectOnceInStepsOfTheProtection) {
             ASSERT_NEAR(calls[k].value, k + 1 < calls.size() ? 0.25 + 0.5 * share : 0.75, 1e-12);
             ASSERT_EQ(calls[k].updates, calls[k - 1].updates + 1);
         }
+        const std::size_t before = calls.size();
+        plugin.SetParameter(0, 0.25, false);
+        HostBuffers(2, 2, 1).Process(plugin);
+        host.Process(plugin);
+        EXPECT_EQ(calls.size(), before + 2) << "a short block jumps, once and for all";
     }
 }
 

@@ -165,6 +165,8 @@ void MAudioPlugin::RunBlock(float** inputs, float** outputs, int sampleCount) {
     if (interpolationLimit < sampleCount) {
         moving = InterpolationPrepare(sampleCount);
         if (moving) limit = std::min(limit, interpolationLimit);
+    } else {
+        automation.interpolation.Follow();
     }
     if (limit < 1) limit = kAutomaticLimit;
     if (limit < sampleCount) {

@@ -16,6 +16,10 @@ void AutomationInterpolation::Add(AutomationAdapter& adapter) {
         if (adapter.IsSmoothed(i)) records.push_back({&adapter, i});
 }
 
+void AutomationInterpolation::Follow() {
+    for (Record& record : records) record.previous = record.adapter->GetParameter(record.index);
+}
+
 bool AutomationInterpolation::Prepare(int sampleCount) {
     const bool moves = FindMoves();
     if (!moves || sampleCount <= 1) return moves;

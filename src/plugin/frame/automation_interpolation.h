@@ -27,6 +27,9 @@ public:
     // Takes up those of its parameters that are smoothed.
     void Add(AutomationAdapter& adapter);
 
+    // In place of Prepare, before a block that is too short for moves: everything jumps, and no
+    // later block goes back.
+    void Follow();
     // Before a block: whether a parameter has moved since the last one. A parameter's first block
     // only takes note of where it stands. Moves are spread over the block from two samples on; they
     // start where the last block ended, and what others set meanwhile has no effect beyond it.
