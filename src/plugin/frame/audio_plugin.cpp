@@ -76,9 +76,11 @@ void MAudioPlugin::InitProcessingLocked() {
     PrepareBuffers();
 }
 
+// Once more behind each call: what another thread has changed meanwhile is told last.
 void MAudioPlugin::TellLatencyIfChanged() {
-    const int latency = GetReportedLatency();
-    if (toldLatency.exchange(latency) != latency) LatencyChanged();
+    for (int latency = GetReportedLatency(); toldLatency.exchange(latency) != latency;
+         latency = GetReportedLatency())
+        LatencyChanged();
 }
 
 void MAudioPlugin::TakeChannelMode() {
