@@ -222,8 +222,8 @@ void MAudioEffectPluginToAudioPluginAdapter::SetMeters(const Meters& newMeters) 
 
 void MAudioEffectPluginToAudioPluginAdapter::SetMeteredChannels(int offset, int count) {
     MLocker process(processLock);
-    channelOffset = offset;
-    channelCount = count;
+    channelOffset = std::clamp<int>(offset, 0, kChannelStride);
+    channelCount = std::clamp<int>(count, 0, kChannelStride);
 }
 
 // A step that has waited comes later, since stateLock is held here.

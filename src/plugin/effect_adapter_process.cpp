@@ -108,7 +108,7 @@ void MAudioEffectPluginToAudioPluginAdapter::FeedMeter(MMeterSink* meter, const 
                                                        int channels, int sampleCount) const {
     if (meter == nullptr) return;
     const int end = std::min(channels, channelOffset + channelCount);
-    for (int c = std::max(channelOffset, 0); c < end; ++c)
+    for (int c = channelOffset; c < end; ++c)
         meter->Feed(c - channelOffset, LevelOf(bus[c], sampleCount));
 }
 
