@@ -4,8 +4,8 @@
 
 #include "plugin/effect_adapter.h"
 
+#include "foundation/objects/guarded.h"
 #include "foundation/text/string_formatter.h"
-#include "plugin/frame/guarded.h"
 #include "plugin/frame/meter_sink.h"
 #include "plugin/frame/preset_services.h"
 #include "plugin/frame/processing_pause.h"
@@ -43,10 +43,12 @@ void MAudioEffectPluginToAudioPluginAdapter::Initialize(const MString& effectNam
                                                         const MString& newDisplayName,
                                                         PluginEntry entry, Options options) {
     displayName = newDisplayName;
+    surroundActivated = options.surround;
+    if (options.configuration != nullptr) LoadDefaultSettings(*options.configuration);
     effectHost = MPluginSystem::CreateOrRaise(effectName, entry);
     try {
         BindEffect();
-        CreatePins(options);
+        CreatePins();
         InitParameters();
         RebuildAutomationTable();
         UpdateMaxBufferSize();
@@ -82,9 +84,9 @@ void MAudioEffectPluginToAudioPluginAdapter::SetCallbacks() {
 }
 
 // One bus for the signal and the others for side-chains.
-void MAudioEffectPluginToAudioPluginAdapter::CreatePins(Options options) {
+void MAudioEffectPluginToAudioPluginAdapter::CreatePins() {
     const int buses = std::min(effect->descriptor.inputBusCount, kMaxBuses);
-    channelsPerBus = options.surround ? kChannelStride : 2;
+    channelsPerBus = surroundActivated ? kChannelStride : 2;
     inputChannelNames.clear();
     outputChannelNames.clear();
     AddPins(outputChannelNames, "Out", channelsPerBus);

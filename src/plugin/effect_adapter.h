@@ -40,6 +40,8 @@ class MAudioEffectPluginToAudioPluginAdapter : public MAudioPlugin {
 public:
     struct Options {
         bool surround = false;  // buses of eight channels instead of two
+        // Of the user, with the default settings, which come before `surround`. Null: none.
+        MAttribute* configuration = nullptr;
     };
 
     MAudioEffectPluginToAudioPluginAdapter() = default;
@@ -78,8 +80,7 @@ public:
     // The first channel that meters show, and how many.
     void SetMeteredChannels(int offset, int count);
 
-    // Behind a load of the state, on the thread that loads.
-    void ActualiseAfterLoading();
+    void ActualiseAfterLoading() override;
 
     // Each at least 1.
     int GetProcessingInputChannels() override;
@@ -107,6 +108,12 @@ protected:
     void PrepareForProcessingOnce(float** inputs, float** outputs) override;
     void ClearEffect() override;
 
+    void StoreGeneralSettings(const MStoreVisitor& visitor) override;
+    // The effect's parameters in the item itself, then the standard settings.
+    void StoreSettings(const MStoreVisitor& visitor) override;
+    void StoreStandardSettings(const MStoreVisitor& visitor);
+    void StoreDefaultSettings(const MStoreVisitor& visitor) override;
+
     // Makes an adapter for each parameter, in the order in which the host sees them.
     virtual void InitParameters();
     // Of InitProcessing: under both locks, behind them, and on the user-interface thread.
@@ -130,6 +137,26 @@ protected:
     bool transportDirty = false;  // the effect wants to know it
     int maxBlockSize = 1;         // the effect's
 
+    // Of stored states. The first is that of states that tell none.
+    static constexpr std::int32_t kOldestStateVersion = 0x50300;
+    static constexpr std::int32_t kStateVersion = 0x50301;
+
+    // Under stateLock.
+    std::int32_t loadedVersion = kStateVersion;  // of the state that was loaded last
+    bool surroundActivated = false;              // pins are made for it, once
+
+    // A MIDI controller that steps presets.
+    struct PresetSwitchTrigger {
+        void Store(const MStoreVisitor& visitor);
+
+        std::atomic<bool> enabled = false;
+        std::atomic<std::int32_t> controller = 0;  // 0..127, from 128 on what acts like one
+        std::atomic<std::int32_t> channel = 0;     // 1..16; 0: any
+    };
+    PresetSwitchTrigger presetSwitchTrigger;
+    std::atomic<bool> controllersEnabled = false;
+    std::atomic<bool> noteControllersEnabled = false;
+
 private:
     using Adapter = MAudioEffectPluginToAudioPluginAdapter;
 
@@ -142,9 +169,12 @@ private:
 
     void BindEffect();
     void SetCallbacks();
-    void CreatePins(Options options);
+    void CreatePins();
     void DiscardEffect();
     void AddTrigger(PresetTrigger& trigger, const char* name);
+
+    void StoreVersion(const MStoreVisitor& visitor);
+    void StoreProtection(const MStoreVisitor& visitor);
 
     void StepPreset(int steps);
     void ServePresetStep();

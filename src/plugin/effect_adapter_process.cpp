@@ -6,8 +6,8 @@
 #include <cmath>
 
 #include "dsp/vectors.h"
+#include "foundation/objects/guarded.h"
 #include "plugin/effect_adapter.h"
-#include "plugin/frame/guarded.h"
 #include "plugin/frame/meter_sink.h"
 #include "plugin/frame/preset_services.h"
 
