@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 
 #include "effect/chorus_driver.h"
+#include "foundation/xml/store_visitor.h"
+#include "foundation/xml/xml_document.h"
 #include "plugin/frame/editor_double.h"
 #include "plugin/frame/hammer.h"
 #include "plugin/frame/meter_sink.h"
 #include "plugin/frame/preset_services.h"
+#include "support/byte_string.h"
 
 namespace {
 
@@ -36,6 +39,10 @@ struct ProbeEffect final : MAudioEffectPlugin {
         return object->Dispatch(code, arguments);
     }
     void Update() override { ++updates; }
+    void Load(MAttribute* tree) override {
+        if (throwing) throw MException("broken");
+        MAudioEffectPlugin::Load(tree);
+    }
     void Process(const TransportInfo& transport, const float* const* inputs, float* const* outputs,
                  int count) override {
         calls.push_back({count, updates, transport, record.Effective()});
@@ -44,6 +51,7 @@ struct ProbeEffect final : MAudioEffectPlugin {
 
     ParameterRecord record;
     int updates = 0;
+    bool throwing = false;
     std::vector<Call> calls;
 };
 
@@ -54,7 +62,7 @@ struct Surroundings : MMeterSink, MPresetServices, HostDouble {
     void Resize(int channelCount) override { told.push_back(channelCount); }
     void StepPreset(int steps) override { told.push_back(steps); }
     void InitProcessingActivePresets() override { EXPECT_GE(plugin->processingDisabled, 1); }
-    void ActualiseActivePresetsAfterLoading() override {}
+    void ActualiseActivePresetsAfterLoading() override { ++loads; }
     void UpdateLatency() override {  // the locks are re-entrant: only another thread can tell
         std::thread([this] {
             MLocker state(plugin->stateLock, 0), process(plugin->processLock, 0);
@@ -65,9 +73,12 @@ struct Surroundings : MMeterSink, MPresetServices, HostDouble {
 
     EditorDouble factory;
     std::vector<double> told;
+    int loads = 0;
 };
 
 struct Plugin : MAudioEffectPluginToAudioPluginAdapter {
+    using MAudioEffectPluginToAudioPluginAdapter::loadedVersion;
+
     explicit Plugin(const ReferenceSettings& settings) {
         Start(ChorusEntry);
         hqUpsampling = settings.highQuality;
@@ -89,6 +100,20 @@ struct Plugin : MAudioEffectPluginToAudioPluginAdapter {
         AnnounceBlockSize(4096);
         SetHostSampleRate(48000);
         InitProcessing();
+    }
+    bool Load(const std::string& state) {
+        ByteString bytes(state);
+        MXMLDocument document;
+        document.Load(bytes);
+        return Store({false, document.Root()});
+    }
+    std::string Stored(bool compact = true) {
+        ByteString bytes;
+        MXMLDocument document;
+        document.Root().SetName("settings");
+        EXPECT_TRUE(Store({true, document.Root()}));
+        document.Save(bytes, compact, "utf-8");
+        return bytes.bytes;
     }
     ProbeEffect& Probe() { return static_cast<ProbeEffect&>(*effect); }
     Surroundings around;
@@ -222,6 +247,74 @@ TEST(PluginEditor, IsFedByPresetTriggersAndByItsMetersUntilItIsGone) {
     EXPECT_EQ(move(2, {0.1}), (Told{0.375, 0.375, 0.75, -1, -1, -1}));
     plugin.DestroyEditor();
     EXPECT_EQ(move(2, {0.1}), Told());
+}
+
+TEST(PluginState, MakesAnyPluginSoundTheSame) {
+    const Audio input = Programme(2, 4096, 0.5f);
+    for (const bool compact : {false, true}) {
+        ReferenceSettings settings{.highQuality = compact}, others{.highQuality = !compact};
+        settings[P::kVoices] = 7;
+        settings[P::kRate] = 0.1 / 3;
+        settings[P::kSync] = compact;
+        others[P::kDelay] = 0.02;
+        Plugin plugin(settings), copy(others);
+        plugin.channelModeRequested = compact ? kModeMonoStereo : kModeRight;
+        plugin.SetProtection(8);
+        plugin.InitProcessing();
+        EXPECT_TRUE(copy.Load(plugin.Stored(compact)));
+        EXPECT_EQ(copy.Stored(), plugin.Stored());
+        for (int p = 0; p < plugin.GetParameterCount(); ++p)
+            EXPECT_EQ(copy.GetParameter(p), plugin.GetParameter(p)) << p;
+        EXPECT_EQ(RunPlugin(copy, input, 500), RunPlugin(plugin, input, 500));
+    }
+}
+
+TEST(PluginState, TellsWhatIsNotStandardAndTakesWhatItFinds) {
+    const std::string version = "Version=\"328449\" ", sinc = "Sinc=\"1\"",
+                      mode = "ChannelMode=\"Left + Right\" ", number = "Number=\"0.75\" ",
+                      controllers = "ControllersEnabled=\"1\" NoteControllersEnabled=\"1\" ",
+                      last = "Bypass=\"1\" MaxLFOBlockSize=\"8\" ",
+                      trigger = "Enabled=\"1\" Controller=\"7\" Channel=\"16\"";
+    const auto state = [](const std::string& attributes, const std::string& inner) {
+        return "<settings " + attributes + "><PreviousNextPresetController " + inner +
+               "/></settings>";
+    };
+    const auto spaceless = [](std::string text) {
+        std::erase_if(text, [](char c) { return c == ' ' || c == '\n' || c == '\r'; });
+        return text.substr(text.find("<settings"));
+    };
+    Plugin plugin([](ProbeEffect&) {});
+    const std::string full = state(version + mode + controllers + last + number + sinc, trigger);
+    const std::string standard = state(version + mode + sinc, "");
+    for (const auto& [loaded, expected, protection, loadedVersion] :
+         {std::tuple(full, full, 8, 0x50301),
+          {"<foreign Unknown=\"1\"><band0/></foreign>", standard, 256, 0x50300}}) {
+        EXPECT_TRUE(plugin.Load(loaded));
+        EXPECT_EQ(spaceless(plugin.Stored()), spaceless(expected));
+        EXPECT_EQ(plugin.GetProtection(), protection);
+        EXPECT_EQ(plugin.loadedVersion, loadedVersion);
+    }
+    EXPECT_EQ(plugin.around.loads, 2);
+    EXPECT_EQ(plugin.Probe().updates, 1 + 2 * 2);
+    plugin.Probe().throwing = true;
+    EXPECT_FALSE(plugin.Load("<settings Number=\"0.5\" Sinc=\"0\"/>"));
+    EXPECT_EQ(spaceless(plugin.Stored()), spaceless(standard));
+    EXPECT_EQ(plugin.processingDisabled, 0);
+}
+
+TEST(PluginSetUp, TakesThePinsThatTheUserWants) {
+    MAttribute configuration;
+    ProbeEffect::configure = [](ProbeEffect&) {};
+    for (const bool surround : {true, false}) {
+        MAudioEffectPluginToAudioPluginAdapter plugin, next;
+        plugin.Initialize("Test", "Test", ProbeEffect::Entry, {.surround = surround});
+        plugin.automationCompatibility = surround;
+        plugin.SetDefaultSettingsToCurrent(configuration);
+        next.Initialize("Test", "Test", ProbeEffect::Entry,
+                        {.surround = !surround, .configuration = &configuration});
+        EXPECT_EQ(next.outputChannelNames.size(), surround ? 8u : 2u);
+        EXPECT_EQ(next.automationCompatibility, surround);
+    }
 }
 
 TEST(PluginSetUp, LeavesASilentPluginWhereItFails) {

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <thread>
 
+#include "foundation/xml/store_visitor.h"
 #include "plugin/frame/frame_plugin.h"
 #include "support/allocation_trap.h"
 
 // Blocks of 512 samples while two other threads change everything that may be changed: parameters
-// and bypass, rate and structure. The audio side allocates nothing.
+// and bypass, rate, structure and state. The audio side allocates nothing.
 inline void HammerWhileAudioRuns(MAudioPlugin& plugin, int blocks) {
     HostBuffers host(2, 2, 512);
     std::atomic<bool> done = false;
@@ -24,6 +27,8 @@ inline void HammerWhileAudioRuns(MAudioPlugin& plugin, int blocks) {
             plugin.agcEnabled = i / 8 % 2;
             plugin.hqUpsampling = i % 3 == 0;
             plugin.InitProcessing();
+            MAttribute state;
+            EXPECT_TRUE(plugin.Store({true, state}) && plugin.Store({false, state}));
             plugin.SetConnectedChannels(2, 1 + i % 2);
             plugin.SetHostSampleRate(44100 + i % 2 * 3900);
         }
