@@ -40,7 +40,7 @@ class MAudioEffectPluginToAudioPluginAdapter : public MAudioPlugin {
 public:
     struct Options {
         bool surround = false;  // buses of eight channels instead of two
-        // Of the user, with the default settings, which come before `surround`. Null: none.
+        // The user's, whose default settings hold over `surround`. Null where there is none.
         MAttribute* configuration = nullptr;
     };
 
