@@ -7,8 +7,33 @@
 #include <random>
 #include <vector>
 
-#include "support/reference_chorus.h"
 #include "support/signals.h"
+
+namespace {
+
+// Oldest sample first; a new length is read off the straight lines between the old samples.
+struct SlowLine {
+    void Resize(int newLength) {
+        const int from = static_cast<int>(cells.size()), to = std::max(newLength, 1);
+        std::vector<float> stretched;
+        for (int i = 0; i < to; ++i) {
+            const double place = to > 1 ? double(i) * (from - 1) / (to - 1) : 0;
+            const int k = static_cast<int>(place);
+            const double next = cells[std::min(k + 1, from - 1)];
+            stretched.push_back(static_cast<float>(cells[k] + (place - k) * (next - cells[k])));
+        }
+        cells = stretched;
+    }
+    float Exchange(float newest) {
+        cells.push_back(newest);
+        const float oldest = cells.front();
+        cells.erase(cells.begin());
+        return oldest;
+    }
+    std::vector<float> cells = {0};
+};
+
+}  // namespace
 
 // Blocks, single samples and changes of length in any order.
 TEST(DelayLine, DoesAsTheSlowOne) {
@@ -16,7 +41,7 @@ TEST(DelayLine, DoesAsTheSlowOne) {
     constexpr int kCounts[] = {1, 2, 5, 17, 64, 200};
     std::minstd_rand generator;
     MAudioFilters::Delay<float> line;
-    ReferenceLine slow;
+    SlowLine slow;
     for (int round = 0; round < 3000; ++round) {
         if (round % 4 == 0) {
             const int before = line.Length(), length = kLengths[generator() % 11];
@@ -33,12 +58,13 @@ TEST(DelayLine, DoesAsTheSlowOne) {
 }
 
 TEST(DelayLine, GivesMemoryBackOnlyWhenLarge) {
-    const struct {
-        int length, capacity;
-    } rows[] = {{2097152, 2097152}, {1300000, 2097152}, {3000000, 4194304},
-                {1249999, 4194304}, {1300000, 4194304}, {1250000, 2097152}};
     MAudioFilters::Delay<float> line;
-    for (const auto& [length, capacity] : rows) {
+    for (const auto& [length, capacity] : {std::pair(2097152, 2097152),
+                                           {1300000, 2097152},
+                                           {3000000, 4194304},
+                                           {1249999, 4194304},
+                                           {1300000, 4194304},
+                                           {1250000, 2097152}}) {
         line.Resize(length);
         EXPECT_EQ(line.Capacity(), capacity) << length;
     }

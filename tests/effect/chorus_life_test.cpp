@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cmath>
 #include <functional>
 #include <random>
 #include <thread>
@@ -19,17 +20,14 @@ namespace {
 
 using P = ReferenceSettings;
 
-struct RefusingLock : MLock {
-    int Acquire(std::uint32_t) override { return 1; }
-    void Release() override { ADD_FAILURE() << "released without being held"; }
-};
-
-struct NotingLock : MLock {
+struct TestLock : MLock {
     int Acquire(std::uint32_t timeout) override {
+        if (refuses) return 1;
         const int answer = MLock::Acquire(timeout);
         held = true;
         return answer;
     }
+    bool refuses = false;
     std::atomic<bool> held = false;
 };
 
@@ -59,6 +57,8 @@ TEST(Chorus, TellsLatencyTailAndSilence) {
     EXPECT_EQ(engine.Send(PluginCommand::kIsSilent), 0);
     engine.Rendered(Silence(2, 1));
     EXPECT_EQ(engine.Send(PluginCommand::kIsSilent), 1);
+    engine.Rendered(Constant(2, 1, std::nanf("")));
+    EXPECT_EQ(engine.Send(PluginCommand::kIsSilent), 0);
 }
 
 // A Haas line, filters and the dry line of the sinc read hold sound too.
@@ -103,8 +103,9 @@ TEST(Chorus, SoundsTheSameFromItsTree) {
 
 TEST(Chorus, RaisesWhenItsLockIsRefused) {
     ChorusDriver engine({});
-    RefusingLock refusing;
-    engine.host->descriptor->lock = &refusing;
+    TestLock lock;
+    lock.refuses = true;
+    engine.host->descriptor->lock = &lock;
     MAudioEffectPlugin& effect = *engine.host->Effect();
     for (const std::function<void()>& command :
          {std::function<void()>([&] { effect.Update(); }),
@@ -149,7 +150,7 @@ TEST(Chorus, SurvivesChangesOnAnotherThread) {
 // sample.
 TEST(Chorus, IsDeletedOnlyAfterARunningBlock) {
     ChorusDriver engine({1, 48000, true});
-    NotingLock lock;
+    TestLock lock;
     engine.host->descriptor->lock = &lock;
     const Audio input = Noise(1, 480000, 0.5f);
     Audio output = Constant(1, 480000, 99);

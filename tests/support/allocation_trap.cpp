@@ -7,14 +7,6 @@
 #include <cstdlib>
 #include <utility>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define TRAP_BY_HOOKS
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define TRAP_BY_HOOKS
-#endif
-#endif
-
 namespace {
 
 thread_local bool armed = false;

@@ -1,33 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/literal_reads.h"
 
+#include <cmath>
+
 #include "dsp/sinc_kernel.h"
 
 double LiteralSincSum(const float* line, int length, int cell, double fraction) {
-    constexpr int kHalf = 18;
-    constexpr int kPhases = 128;
     const SincKernel& kernel = SincKernel::Get();
-
-    float wrapped[2 * kHalf + 1];
-    const float* window = line + cell - kHalf;
-    if (cell < kHalf || cell + kHalf >= length) {
-        for (int j = 0; j <= 2 * kHalf; ++j)
-            wrapped[j] = line[(cell + length - kHalf + j) % length];
-        window = wrapped;
-    }
-
-    const double u = fraction * kPhases;
-    const int iu = static_cast<int>(u);
-    const double a = u - iu;
-    const double v = kPhases - u;
-    const int iv = static_cast<int>(v);
-    const double b = v - iv;
-    double sum = window[kHalf] * ((1 - a) * kernel.Table(iu) + a * kernel.Table(iu + 1));
-    for (int m = 1; m <= kHalf; ++m) {
-        const int left = iu + kPhases * m;
-        const int right = iv + kPhases * (m - 1);
-        sum += window[kHalf - m] * ((1 - a) * kernel.Table(left) + a * kernel.Table(left + 1));
-        sum += window[kHalf + m] * ((1 - b) * kernel.Table(right) + b * kernel.Table(right + 1));
+    double sum = 0;
+    for (int m = -18; m <= 18; ++m) {
+        const int i = cell + m;
+        const double distance = std::abs(128 * (fraction - m));
+        const int n = static_cast<int>(distance);
+        const double a = distance - n;
+        sum += line[i < 0        ? i + length
+                    : i < length ? i
+                                 : i - length] *
+               ((1 - a) * kernel.Table(n) + a * kernel.Table(n + 1));
     }
     return sum;
 }
