@@ -279,7 +279,7 @@ private:
     void RoutePairs(Routing& routing, int sampleCount);
     void UnroutePairs(Routing& routing, int sampleCount);
     void RouteSurround(Routing& routing, int sampleCount);
-    void FillUnprocessed(float* const* inputs, float* const* outputs, int sampleCount);
+    void FillUnprocessed(const Routing& routing, int bus, int sampleCount);
     void PassUnprocessed(const float* input, float* output, int slot, int sampleCount);
     void PassDelayed(const float* input, float* output, int slot, int sampleCount);
     void RunBlock(float** inputs, float** outputs, int sampleCount);
@@ -318,8 +318,7 @@ private:
 
     std::array<std::unique_ptr<MUpsampler>, kChannelSlots> upsamplers;
     std::array<Queue, kChannelSlots> bypassDelays;  // each holds bypassLatency samples
-    std::array<Queue, kMaxBuses> modeDelays;        // of the channel that a single mode leaves out
-    std::array<Queue, kChannelSlots> surroundDelays;  // of channels that surround leaves out
+    std::array<Queue, kChannelSlots> modeDelays;    // of channels that a mode leaves out
     std::array<GrowingBuffer<float>, kChannelSlots> temporaryBuffers;
     ChannelPointers temporaryInputs{};
     ChannelPointers temporaryOutputs{};

@@ -45,6 +45,7 @@ struct MAudioPlugin::Routing {
 
     ChannelPointers inputs;
     ChannelPointers outputs;
+    std::array<bool, kMaxBuses> paired{};  // buses whose left and right the mode works on
 };
 
 void MAudioPlugin::PerformProcess(float** inputs, float** outputs, int sampleCount) {
@@ -52,27 +53,27 @@ void MAudioPlugin::PerformProcess(float** inputs, float** outputs, int sampleCou
     if (channelModeActive == kModeLeftRight) return RunBlock(inputs, outputs, sampleCount);
 
     Routing routing(inputs, outputs);
-    if (hostInputs == 2 && IsPair(inputs) && IsPair(outputs)) {
-        if (channelModeActive != kModeSurround) RoutePairs(routing, sampleCount);
-        RunBlock(routing.inputs.data(), routing.outputs.data(), sampleCount);
-        if (channelModeActive != kModeSurround) return UnroutePairs(routing, sampleCount);
-        return FillUnprocessed(inputs, outputs, sampleCount);
-    }
-    if (channelModeActive == kModeSurround && surroundCount != LargerHostCount()) {
-        RouteSurround(routing, sampleCount);
+    if (channelModeActive == kModeSurround) {
+        if (surroundCount != LargerHostCount()) RouteSurround(routing, sampleCount);
         return RunBlock(routing.inputs.data(), routing.outputs.data(), sampleCount);
     }
-    RunBlock(inputs, outputs, sampleCount);
-    FillUnprocessed(inputs, outputs, sampleCount);
+    RoutePairs(routing, sampleCount);
+    RunBlock(routing.inputs.data(), routing.outputs.data(), sampleCount);
+    UnroutePairs(routing, sampleCount);
 }
 
 // What the effect processes comes to the first channel of each bus.
 void MAudioPlugin::RoutePairs(Routing& routing, int sampleCount) {
     const int inputBuses = GetInputBusCount();
+    const int outputBuses = GetOutputBusCount();
     for (int b = 0; b < LargerBusCount(); ++b) {
         float** const in = routing.inputs.data() + b * kChannelStride;
         float** const out = routing.outputs.data() + b * kChannelStride;
-        if (b < inputBuses && IsPair(in)) {
+        const bool paired =
+            hostInputs == 2 && (b >= inputBuses || IsPair(in)) && (b >= outputBuses || IsPair(out));
+        routing.paired[static_cast<std::size_t>(b)] = paired;
+        if (!paired) continue;
+        if (b < inputBuses) {
             if (IsMidSideMode(channelModeActive)) MidSideEncode(in[0], in[1], sampleCount);
             if (channelModeActive == kModeLeftRightNegative)
                 VecScaleInPlace(-1, in[1], sampleCount);
@@ -89,7 +90,10 @@ void MAudioPlugin::UnroutePairs(Routing& routing, int sampleCount) {
     for (int b = 0; b < GetOutputBusCount(); ++b) {
         const int slot = b * kChannelStride;
         float** const out = routing.outputs.data() + slot;
-        if (!IsPair(out)) continue;
+        if (!routing.paired[static_cast<std::size_t>(b)]) {
+            FillUnprocessed(routing, b, sampleCount);
+            continue;
+        }
         if (IsSingleChannelMode(channelModeActive))
             PassUnprocessed(routing.inputs[SlotOf(b, 1)], out[1], slot + 1, sampleCount);
         if (SwapsChannels(channelModeActive)) std::swap(out[0], out[1]);
@@ -141,20 +145,18 @@ void MAudioPlugin::RouteSurround(Routing& routing, int sampleCount) {
     }
 }
 
-// Channels that no mode could route, since a pair is one buffer on one side: where the middle is
-// processed it is all that there is, elsewhere what is not processed passes by.
-void MAudioPlugin::FillUnprocessed(float* const* inputs, float* const* outputs, int sampleCount) {
-    const int inputBuses = GetInputBusCount();
-    for (int b = 0; b < GetOutputBusCount(); ++b) {
-        const int first = b * kChannelStride;
-        for (int slot = first + processingOutputs; slot < first + hostOutputs; ++slot) {
-            if (outputs[slot] == outputs[first]) continue;
-            if (channelModeActive == kModeMono) {
-                VecCopy(outputs[first], outputs[slot], sampleCount);
-            } else {
-                PassUnprocessed(b < inputBuses ? inputs[slot] : nullptr, outputs[slot], slot,
-                                sampleCount);
-            }
+// Channels that no mode could route, since the bus has one buffer for both on one side: where the
+// middle is processed it is all that there is, elsewhere what is not processed passes by.
+void MAudioPlugin::FillUnprocessed(const Routing& routing, int bus, int sampleCount) {
+    const float* const* const in = routing.inputs.data() + bus * kChannelStride;
+    float* const* const out = routing.outputs.data() + bus * kChannelStride;
+    for (int c = processingOutputs; c < hostOutputs; ++c) {
+        if (out[c] == out[0]) continue;
+        if (channelModeActive == kModeMono) {
+            VecCopy(out[0], out[c], sampleCount);
+        } else {
+            PassUnprocessed(bus < GetInputBusCount() ? in[c] : nullptr, out[c],
+                            bus * kChannelStride + c, sampleCount);
         }
     }
 }
