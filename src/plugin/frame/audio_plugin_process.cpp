@@ -154,11 +154,15 @@ void MAudioPlugin::ProcessAccumulating(float** inputs, float** outputs, int samp
 }
 
 float** MAudioPlugin::ProcessReplacing(float** inputs, float** outputs, int sampleCount) {
-    const bool needsCopy = noInPlace || accumulatesOutput || channelModeActive != kModeLeftRight;
+    // What stands for several channels must not be written before the last of them was read.
+    const bool shared = std::adjacent_find(inputs, inputs + hostInputs) != inputs + hostInputs;
+    const bool needsCopy =
+        noInPlace || accumulatesOutput || shared || channelModeActive != kModeLeftRight;
     if (needsCopy && inputs[0] == outputs[0]) {
         PointTemporaries(temporaryInputs, LargerHostCount(), sampleCount);
         ForEachSlot(LargerBusCount(), LargerHostCount(), [&](int slot) {
-            VecCopy(inputs[slot], temporaryInputs[static_cast<std::size_t>(slot)], sampleCount);
+            float*& copy = temporaryInputs[static_cast<std::size_t>(slot)];
+            if (VecCopy(inputs[slot], copy, sampleCount) == kVecNullPointer) copy = nullptr;
         });
         inputs = temporaryInputs.data();
     }
@@ -213,11 +217,15 @@ void MAudioPlugin::ProcessBypass(float** inputs, float** outputs, int sampleCoun
     });
 }
 
+// All is read before anything is written: an output may be the input of several channels.
 void MAudioPlugin::PassBypass(float* const* inputs, float* const* outputs, int sampleCount) {
-    ForEachSlot(std::min(GetInputBusCount(), GetOutputBusCount()), hostOutputs, [&](int slot) {
-        Queue& queue = bypassDelays[static_cast<std::size_t>(slot)];
-        if (queue.IsEmpty()) return CopyUnlessSame(inputs[slot], outputs[slot], sampleCount);
-        queue.Push(inputs[slot], sampleCount);
-        queue.Pull(outputs[slot], sampleCount);
-    });
+    const auto forEachCommon = [&](auto work) {
+        ForEachSlot(std::min(GetInputBusCount(), GetOutputBusCount()), hostOutputs,
+                    [&](int slot) { work(bypassDelays[static_cast<std::size_t>(slot)], slot); });
+    };
+    if (bypassLatency < 1)
+        return forEachCommon(
+            [&](Queue&, int slot) { CopyUnlessSame(inputs[slot], outputs[slot], sampleCount); });
+    forEachCommon([&](Queue& queue, int slot) { queue.Push(inputs[slot], sampleCount); });
+    forEachCommon([&](Queue& queue, int slot) { queue.Pull(outputs[slot], sampleCount); });
 }
