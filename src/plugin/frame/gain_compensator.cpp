@@ -111,9 +111,12 @@ void MGainCompensator::Apply(float* const* outputs, int count, int channels) {
         target = std::min(target, 1.0);
         holdSamples -= count;
     }
-    for (int c = 0; c < channels; ++c)
-        VecRamp(static_cast<float>(gain), static_cast<float>((target - gain) / count), outputs[c],
-                count);
+    const float step = static_cast<float>((target - gain) / count);
+    // A buffer that stands for several channels is scaled once.
+    float* const* const end = outputs + channels;
+    for (float* const* each = outputs; each != end; ++each)
+        if (std::find(outputs, each, *each) == each)
+            VecRamp(static_cast<float>(gain), step, *each, count);
     gain = target;
 }
 
