@@ -40,8 +40,7 @@ TEST(AutomationTable, FindsTheAdapterOfEveryIndex) {
         PluginDouble plugin;
         std::vector<AutomationAdapter*> served;
         for (int a = 0; a < adapterCount; ++a)
-            served.insert(served.end(), a % 7 == 0 ? 11 : 1 + a % 3,
-                          &plugin.AddFloat("", a % 7 == 0 ? 11 : 1 + a % 3));
+            served.insert(served.end(), 1 + a * 5 % 11, &plugin.AddFloat("", 1 + a * 5 % 11));
         plugin.table.Rebuild(false);
         const int total = plugin.table.ParameterCount();
         ASSERT_EQ(total, static_cast<int>(served.size()));

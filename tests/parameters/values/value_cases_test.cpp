@@ -12,6 +12,7 @@
 
 #include "parameters/values/enumerations.h"
 #include "parameters/values/value_checks.h"
+#include "parameters/values/value_decorators.h"
 #include "parameters/values/value_list.h"
 #include "parameters/values/value_scales.h"
 #include "support/allocation_trap.h"
@@ -34,6 +35,16 @@ template <auto text>
 struct Told : MValueDouble {
     using MValueDouble::MValueDouble;
     MString TextOf(double number) const override { return text(number); }
+};
+
+struct Inner {
+    MValueDouble inner;
+};
+
+// A scale over a number of its own.
+template <typename Scale>
+struct Scaled : Inner, Scale {
+    explicit Scaled(const MValueRef&) : Scale(inner) {}
 };
 
 constexpr const char* kModes[] = {"Off", "Slow", "Fast"};
@@ -63,6 +74,8 @@ const std::map<std::string, MakeValue> kClasses = {
     {"Pitch 0 to 20", Make<MValuePitch, 1, 0, 20>},
     {"Int32 -1500 to 1499", Make<MValueInt32, 0, -1500, 1499>},
     {"Double 3 to 3", Make<MValueDouble, 5, 3, 3>},
+    {"Square", Make<Scaled<MValueScaleSqr>>},
+    {"Fourth power", Make<Scaled<MValueScalePower<4>>>},
     {"List", Make<MValueLiteralList, kModes, 3, 2>},
     {"Country", Make<MValueEnum<MLocale::Country>>},
     {"Language", Make<MValueEnum<MLocale::Language>>},
@@ -130,6 +143,7 @@ void CheckRow(MValue& value, const Row& row) {
     if (row.sign == "+=") return CheckStep(value, row);
     if (row.sign == "=>") return CheckMove(value, row);
     if (row.sign == "<=") return CheckPosition(value, row);
+    if (row.left == "default") value.SetDefault();
     EXPECT_EQ(value.GetString().ToUtf8(), row.right);
 }
 

@@ -3,9 +3,7 @@
 
 #include <atomic>
 
-#include "parameters/values/enumerations.h"
 #include "parameters/values/value_checks.h"
-#include "parameters/values/value_decorators.h"
 #include "parameters/values/value_list.h"
 #include "parameters/values/value_scales.h"
 
@@ -61,34 +59,6 @@ TEST(Values, ReadsWhatAnItemOfATreeTells) {
     value.LoadXmlAttributes(valueOnly);
     EXPECT_EQ(value.defaultValue, 0.25);
     EXPECT_EQ(value.min, -4);
-}
-
-TEST(ValueDecorators, ChangeThePositionAlone) {
-    MValueDouble inner({}, 0, 0, 1);
-    MValueScaleSqr square(inner);
-    MValueScalePower<4> fourth(inner);
-    EXPECT_TRUE(square.Set01(0.5));
-    EXPECT_EQ(inner.Get(), 0.25);
-    EXPECT_EQ(square.Get01(), 0.5);
-    EXPECT_EQ(square.GetTextFrom01(0.3), "0.0900");
-    EXPECT_TRUE(fourth.Set01(0.5));
-    EXPECT_EQ(inner.Get(), 0.0625);
-    EXPECT_TRUE(fourth.StepFine(100));
-    EXPECT_NEAR(inner.Get(), 0.1296, 1e-12);
-    EXPECT_TRUE(square.SetText("0.04"));
-    EXPECT_EQ(square.Get01(), 0.2);
-}
-
-TEST(ChoiceValues, AreDescribedByName) {
-    MValueEnum<MRangeMode> mode({}, MRangeMode::UpOnly);
-    TestItem valueOnly{{"value", "interval"}};
-    mode.LoadXmlAttributes(valueOnly);
-    EXPECT_EQ(mode.defaultIndex, 4);
-    TestItem both{{"value", "Down only"}, {"default", "Full range"}};
-    mode.LoadXmlAttributes(both);
-    EXPECT_EQ(mode.Get(), 3);
-    EXPECT_TRUE(mode.SetDefault());
-    EXPECT_EQ(mode.Get(), 1);
 }
 
 TEST(ChoiceValues, AListMayChangeUnderItsValue) {

@@ -68,14 +68,6 @@ TEST(MovingSum, IsTheSumOfTheLastValues) {
     }
 }
 
-TEST(GainCompensation, WeighsByFrequency) {
-    for (const auto& [in, out] : {std::pair{1000, 50}, {30, 1000}, {8000, 1000}}) {
-        const double expected = Loudness(Sine(in), 3, 4) - Loudness(Sine(out), 3, 4);
-        // The designs are fits to the published filters.
-        EXPECT_NEAR(20 * std::log10(FinalGain(Sine(in), Sine(out))), expected, 0.15) << in;
-    }
-}
-
 TEST(GainCompensation, HoldsTheLoudnessOfNoise) {
     for (const auto& [gain, block] : {std::pair{0.25f, 64}, {1.0f, 1000}, {3.0f, 64}}) {
         FramePlugin plugin;
@@ -93,9 +85,16 @@ TEST(GainCompensation, HoldsTheLoudnessOfNoise) {
     }
 }
 
-TEST(GainCompensation, StaysWithinItsRange) {
+TEST(GainCompensation, EvensTheWeightedLoudnessWithinItsRange) {
     const auto noise = [](float peak) { return Noise(1, 4 * kRate, peak); };
+    for (const auto& [in, out] : {std::pair{Sine(1000), Sine(50)},
+                                  {Sine(30), Sine(1000)},
+                                  {Sine(8000), Sine(1000)},
+                                  {noise(1), noise(1e-3f)},
+                                  {noise(1e-4f), noise(1)}}) {
+        const double expected = std::clamp(Loudness(in, 3, 4) - Loudness(out, 3, 4), -40.0, 40.0);
+        // The designs are fits to the published filters.
+        EXPECT_NEAR(20 * std::log10(FinalGain(in, out)), expected, 0.15);
+    }
     EXPECT_EQ(FinalGain(noise(0), noise(0)), 1);
-    EXPECT_EQ(FinalGain(noise(1), noise(1e-3f)), 100);
-    EXPECT_EQ(FinalGain(noise(1e-4f), noise(1)), 0.01);
 }
