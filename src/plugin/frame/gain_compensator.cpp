@@ -148,4 +148,8 @@ void MGainCompensator::PushPower(Side& side, int count, int channels) {
     double* const powers = power.Data();
     for (int i = 0; i < count; ++i) powers[i] *= share;
     side.sum.Push(powers, count);
+    if (std::isfinite(side.sum.Sum())) return;
+    // The filters would never get over it.
+    side.memory = {};
+    side.sum.Prepare(side.sum.Length());
 }

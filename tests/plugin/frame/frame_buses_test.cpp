@@ -35,7 +35,7 @@ TEST(FrameBuses, AMonoBusBehindStereoOnesStaysWhole) {
         }
 }
 
-TEST(FrameBuses, OneChannelInPlaceIsReadForBothAndScaledOnce) {
+TEST(FrameBuses, OneChannelInPlaceIsReadForBoth) {
     for (const bool bypassed : {false, true}) {
         ScalingPlugin plugin(2, kModeLeftRight);
         plugin.bypassed = bypassed;
@@ -46,12 +46,21 @@ TEST(FrameBuses, OneChannelInPlaceIsReadForBothAndScaledOnce) {
         EXPECT_EQ(host.in[0][7 + kLatency], bypassed ? sample : kGain * sample);
         EXPECT_EQ(host.out[1], host.in[0]);
     }
+}
+
+TEST(FrameBuses, TheGainTakesASharedBufferOnceAndGetsOverInfinity) {
     std::vector<float> quiet(480, 1e-6f);  // the gain goes from 0 to 1
     float* const both[] = {quiet.data(), quiet.data()};
     MGainCompensator compensator;
     compensator.Prepare(48000, 2, 0);
     compensator.Apply(both, 480, 2);
     EXPECT_NEAR(quiet[240], 0.5e-6, 1e-12);
+
+    quiet[0] = std::numeric_limits<float>::infinity();  // as the sum of two loud channels
+    compensator.Apply(both, 480, 2);
+    quiet.assign(480, 1e-6f);
+    compensator.Apply(both, 480, 2);
+    EXPECT_EQ(compensator.Gain(), 1);
 }
 
 TEST(FrameBuses, SurroundShowsTheEffectTheChosenOnesOfAPair) {
