@@ -77,7 +77,10 @@ TEST(FrameBlocks, AreCutByTheirLimitAndWhereAMoveCounts) {
     };
     for (const auto& [limit, blocks] : {std::pair{30, 4u}, {50, 2u}, {100, 1u}, {0, 1u}}) {
         plugin.Cut(limit);
+        plugin.position = 4;
         EXPECT_EQ(blocksOfMoveTo(0), blocks) << limit;
+        const auto& last = plugin.calls.back();  // at two quarters a second
+        EXPECT_NEAR(last.position, 4 + (100 - last.sampleCount) * 2 / 44100.0, 1e-12);
     }
     plugin.Cut(1000, 25);
     EXPECT_EQ(blocksOfMoveTo(0.5), 1) << "takes note";
