@@ -4,10 +4,8 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <utility>
 #include <vector>
 
-#include "effect/chorus_entry.h"
 #include "foundation/objects/lock.h"
 #include "plugin/contract/plugin_host.h"
 #include "support/reference_chorus.h"
@@ -20,7 +18,7 @@
 class ChorusDriver {
 public:
     // Created, prepared with its settings and ready to process.
-    explicit ChorusDriver(const ReferenceSettings& settings, PluginEntry entry = ChorusEntry);
+    explicit ChorusDriver(const ReferenceSettings& settings);
 
     // Rate, channels and quality of the settings; the parameters stay.
     void Prepare(const ReferenceSettings& settings);

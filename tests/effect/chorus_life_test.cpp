@@ -79,11 +79,12 @@ TEST(Chorus, TellsItsHostWhenRateStopsCounting) {
                              [](MAudioEffectPluginHost& host, PluginArguments&) {
                                  return std::intptr_t{++*static_cast<int*>(host.owner)};
                              });
-    const std::tuple<std::pair<int, double>, bool, int> rows[] = {
-        {{P::kRate, 0}, true, 0},    {{P::kSync, 1}, false, 1}, {{P::kSync, 1}, false, 1},
-        {{P::kVoices, 3}, false, 1}, {{P::kSync, 0}, true, 2},  {{P::kSpread, 0}, true, 2}};
-    for (const auto& [change, enabled, count] : rows) {
-        engine.Set(change.first, change.second);
+    for (const auto& [index, value, enabled, count] : {std::tuple(P::kRate, 0, true, 0),
+                                                       {P::kSync, 1, false, 1},
+                                                       {P::kVoices, 3, false, 1},
+                                                       {P::kSync, 0, true, 2},
+                                                       {P::kSpread, 0, true, 2}}) {
+        engine.Set(index, value);
         EXPECT_EQ(engine.Record(P::kRate).Has(ParameterFlag::kEnabled), enabled);
         EXPECT_EQ(told, count);
     }
@@ -154,12 +155,8 @@ TEST(Chorus, IsDeletedOnlyAfterARunningBlock) {
     engine.host->descriptor->lock = &lock;
     const Audio input = Noise(1, 480000, 0.5f);
     Audio output = Constant(1, 480000, 99);
-    const std::vector<const float*> inputs = ReadPointers(input);
-    const std::vector<float*> outputs = WritePointers(output);
-    std::thread audio([&, effect = engine.host->plugin] {
-        const TransportInfo transport;
-        PluginArguments arguments(&transport, inputs.data(), outputs.data(), 480000);
-        effect->Dispatch(PluginCommand::kProcess, arguments);
+    std::thread audio([&, effect = engine.host->Effect()] {
+        effect->Process({}, ReadPointers(input).data(), WritePointers(output).data(), 480000);
     });
     while (!lock.held) std::this_thread::yield();
     engine.host.reset();

@@ -4,6 +4,7 @@
 
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "effect/chorus_driver.h"
@@ -76,20 +77,15 @@ TEST(ChorusParameters, KeepTheirPlacesRangesAndWords) {
         EXPECT_THAT(record.help.ToUtf8(),
                     testing::StartsWith(p == 0 || p == 9 ? "" : "<name>" + name + "</name> "));
     }
-    const struct {
-        int index;
-        double value;
-        const char* text;
-        double readBack;
-    } rows[] = {{P::kDryWet, 0.254, "25% wet, 100% dry", 0.25},
-                {P::kDryWet, 1.505, "100% wet, 50% dry", 1},
-                {P::kRate, 0, "1.00 Hz", 0},
-                {P::kRange, 0.00634, "6.3 ms", 0.0063},
-                {P::kSaturation, 0.25, "25.0%", 0.25},
-                {P::kSpreadMode, 6, "Haas (32 ms)", 6},
-                {P::kTremoloPhase, 0.25, "90\u00b0 (25.0%)", 0.25},
-                {P::kSyncType, 2, "Dotted", 2}};
-    for (const auto& [index, value, text, readBack] : rows) {
+    for (const auto& [index, value, text, readBack] :
+         {std::tuple(P::kDryWet, 0.254, "25% wet, 100% dry", 0.25),
+          {P::kDryWet, 1.505, "100% wet, 50% dry", 1},
+          {P::kRate, 0, "1.00 Hz", 0},
+          {P::kRange, 0.00634, "6.3 ms", 0.0063},
+          {P::kSaturation, 0.25, "25.0%", 0.25},
+          {P::kSpreadMode, 6, "Haas (32 ms)", 6},
+          {P::kTremoloPhase, 0.25, "90\u00b0 (25.0%)", 0.25},
+          {P::kSyncType, 2, "Dotted", 2}}) {
         ParameterMainBase& adapter = *map.Find(index);
         adapter.record.Set(value);
         EXPECT_EQ(adapter.GetParameterValueName(0).ToUtf8(), text);
