@@ -15,7 +15,7 @@ TEST(SharedLibrary, SoundsLikeTheEffectItHolds) {
     const auto entry =
         reinterpret_cast<PluginEntry>(dlsym(library, "FennirAudioEffectPluginInterface"));
     ASSERT_NE(entry, nullptr);
-    const ReferenceSettings settings = Settings(2, 44100, true);
+    const ReferenceSettings settings{.sampleRate = 44100, .highQuality = true};
     const Audio input = Programme(2, 6000, 0.5f);
     EXPECT_EQ(ChorusDriver(settings, entry).Rendered(input),
               ChorusDriver(settings).Rendered(input));
