@@ -3,18 +3,7 @@
 
 #include <cmath>
 
-namespace {
-
-MString Joined(const MString& front, const char* separator, const MString& back) {
-    if (front.IsEmpty()) return back;
-    if (back.IsEmpty()) return front;
-    return MString(front).Append(separator).Append(back);
-}
-
-constexpr const char* kBetweenNames = " - ";
-constexpr const char* kBetweenIdentifiers = " ";
-
-}  // namespace
+#include "parameters/parameter_names.h"
 
 ParameterMainBase::ParameterMainBase(const AutomationContext& context, ParameterRecord& record,
                                      int localIndex)
