@@ -4,11 +4,10 @@
 #include <algorithm>
 #include <random>
 
-#include "effect/chorus_entry.h"
 #include "support/allocation_trap.h"
 
-ChorusDriver::ChorusDriver(const ReferenceSettings& settings)
-    : host(MPluginSystem::CreateOrRaise("chorus", ChorusEntry)) {
+ChorusDriver::ChorusDriver(const ReferenceSettings& settings, PluginEntry entry)
+    : host(MPluginSystem::CreateOrRaise("chorus", entry)) {
     host->descriptor->lock = &lock;
     host->Effect()->hqFlag = &highQuality;
     for (int p = 0; p < ReferenceSettings::kCount; ++p) Record(p).Set(settings[p]);

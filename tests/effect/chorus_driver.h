@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "effect/chorus_entry.h"
 #include "foundation/objects/lock.h"
 #include "plugin/contract/plugin_host.h"
 #include "support/reference_chorus.h"
@@ -18,7 +19,7 @@
 class ChorusDriver {
 public:
     // Created, prepared with its settings and ready to process.
-    explicit ChorusDriver(const ReferenceSettings& settings);
+    explicit ChorusDriver(const ReferenceSettings& settings, PluginEntry entry = ChorusEntry);
 
     // Rate, channels and quality of the settings; the parameters stay.
     void Prepare(const ReferenceSettings& settings);

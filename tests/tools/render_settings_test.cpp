@@ -60,7 +60,9 @@ TEST_F(RenderSettings, SoundAsTheEffectDoesAlone) {
     const std::vector<float> in = ReadSound("in.wav").samples;
     Audio input = Silence(2, static_cast<int>(in.size() / 2));
     for (std::size_t i = 0; i < in.size(); ++i) input[i % 2][i / 2] = in[i];
-    const Audio alone = ChorusDriver(Settings(2, 44100, false, {{1, 0.7}})).Rendered(input);
+    ReferenceSettings settings{.sampleRate = 44100};
+    settings.values[ReferenceSettings::kDryWet] = 0.7;
+    const Audio alone = ChorusDriver(settings).Rendered(input);
     const std::vector<float> out = With("--set=Depth=0.7");
     for (std::size_t i = 0; i < in.size(); ++i) ASSERT_EQ(out.at(i), alone[i % 2][i / 2]) << i;
 }
