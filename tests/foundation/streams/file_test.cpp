@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Files, folders and programs, with disks that are full and folders that refuse.
-#include <fcntl.h>
+#include <gmock/gmock.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -20,16 +20,35 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using testing::StartsWith;
 using Mode = MStdFileStream::Mode;
 
-std::string WritingFailed(const std::string& path) {
-    return "256 Error writing to file \"" + path + "\". Probably disk full.";
+// In a folder of its own, so that the paths are names.
+class FileTest : public testing::Test {
+protected:
+    FileTest() { fs::current_path(folder.path); }
+    ~FileTest() override { fs::current_path(before); }
+
+    const fs::path before = fs::current_path();
+    const TestFolder folder;
+};
+
+using FileStream = FileTest;
+using File = FileTest;
+using UserFile = FileTest;
+
+std::string NotOpen(const std::string& path) {
+    return "0 File \"" + path + "\" could not be open. Make sure it exists.";
 }
 
-std::string CreatingFailed(const std::string& path) {
+std::string NotCreated(const std::string& path) {
     return "0 File \"" + path +
            "\" could not be created. Make sure there is no write-protected "
            "file already existing.";
+}
+
+std::string NotWritten(const std::string& path) {
+    return "256 Error writing to file \"" + path + "\". Probably disk full.";
 }
 
 void WriteText(const MString& path, const std::string& text) {
@@ -38,20 +57,18 @@ void WriteText(const MString& path, const std::string& text) {
 
 }  // namespace
 
-TEST(FileStream, TellsWhatFailed) {
-    const TestFolder folder;
+TEST_F(FileStream, TellsWhatFailed) {
     folder.SetContent("there", "text");
-    MStdFileStream file, there(folder / "there", Mode::Read), full("/dev/full", Mode::Write);
+    MStdFileStream file, there("there", Mode::Read), full("/dev/full", Mode::Write);
     MStdFileStream memory("/proc/self/mem", Mode::Read);  // nothing is mapped at its start
     char bytes[8];
-    const std::string missing =
-        "0 File \"" + folder.Path("a") + "\" could not be open. Make sure it exists.";
     const std::string noReading = "256 Error reading from file \"/proc/self/mem\".";
     const std::string noFile = "258 File stream is not initialized.";
     ExpectRaised(
-        {{missing, [&] { file.Open(folder / "a", Mode::Read); }},
-         {missing, [&] { file.Open(folder / "a", Mode::Update); }},
-         {CreatingFailed(folder.Path("a/b")), [&] { file.Open(folder / "a/b", Mode::Write); }},
+        {{NotOpen("a"), [&] { file.Open("a", Mode::Read); }},
+         {NotOpen("a"), [&] { file.Open("a", Mode::Update); }},
+         {NotOpen("."), [&] { file.Open(".", Mode::Read); }},
+         {NotCreated("a/b"), [&] { file.Open("a/b", Mode::Write); }},
          {noFile, [&] { file.Read(bytes, 1); }},
          {noFile, [&] { file.Write(bytes, 1); }},
          {noFile, [&] { file.IsEnd(); }},
@@ -62,17 +79,15 @@ TEST(FileStream, TellsWhatFailed) {
          {noReading, [&] { memory.Read(bytes, 1); }},
          {noReading, [&] { memory.IsEnd(); }},
          {"256 Could not load a line from stream.", [&] { memory.ReadLine(bytes, 8); }},
-         {WritingFailed("/dev/full"), [&] { full.WriteFill(1 << 20); }},
-         {WritingFailed("/dev/full"), [&] { full.Write("a", 1), full.Flush(); }},
-         {WritingFailed("/dev/full"), [&] { full.Write("a", 1), full.Close(); }}});
+         {NotWritten("/dev/full"), [&] { full.WriteFill(1 << 20); }},
+         {NotWritten("/dev/full"), [&] { full.Write("a", 1), full.Flush(); }},
+         {NotWritten("/dev/full"), [&] { full.Write("a", 1), full.Close(); }}});
     EXPECT_TRUE(!file.IsOpen() && !full.IsOpen());
-    EXPECT_NE(Raised([&] { file.Open(folder / "", Mode::Read); }), "nothing");
 }
 
-TEST(FileStream, UpdatesAFileBothWays) {
-    const TestFolder folder;
+TEST_F(FileStream, UpdatesAFileBothWays) {
     folder.SetContent("file", "0123456789");
-    MStdFileStream file(folder / "file", Mode::Update);
+    MStdFileStream file("file", Mode::Update);
     char bytes[4];
     EXPECT_EQ(file.Read(bytes, 2), 2);
     WriteAll(file, "ab");
@@ -104,72 +119,62 @@ TEST(ConsoleStream, LeavesTheProcessItsFiles) {
     }));
 }
 
-TEST(File, OperationsDoTheirWorkOrTellThePath) {
-    const TestFolder folder;
-    const MString deep = folder / "one/two";
-    MFile::CreatePath(deep);
-    MFile::CreatePath(deep);
-    EXPECT_EQ(fs::status(folder.Path("one")).permissions(), fs::perms::owner_all);
+TEST_F(File, OperationsDoTheirWorkOrTellThePath) {
+    MFile::CreatePath("one/two");
+    MFile::CreatePath(folder / "one/two");
+    EXPECT_EQ(fs::status("one").permissions(), fs::perms::owner_all);
     folder.SetContent("b", "b");
-    MFile::Rename(folder / "b", folder / "a");
+    MFile::Rename("b", "a");
     EXPECT_EQ(folder.Content("a"), "b");
     folder.SetContent("bad\xff", "");
-    const auto entries = MFile::GetFileList(folder / "");
+    const auto entries = MFile::GetFileList(".");
     ASSERT_EQ(entries.size(), 2u);
     EXPECT_TRUE(entries[0].name == "a" && !entries[0].isDirectory && entries[1].isDirectory);
-
-    const auto failure = [&](const char* before, const std::string& behind) {
-        return "0 Could not " + std::string(before) + " \"" + folder.path.string() + behind;
-    };
     ExpectRaised(
-        {{failure("create path", "/a/x\"."), [&] { MFile::CreatePath(folder / "a/x"); }},
-         {failure("rename file", "/c\" to \"" + folder.Path("d") + "\"."),
-          [&] { MFile::Rename(folder / "c", folder / "d"); }},
-         {failure("delete file", "/one\"."), [&] { MFile::Delete(folder / "one"); }},
-         {failure("delete file", "/c\"."), [&] { MFile::Delete(folder / "c"); }},
-         {failure("remove directory", "/one\"."), [&] { MFile::RemoveDirectory(folder / "one"); }},
-         {failure("remove directory", "/a\"."), [&] { MFile::RemoveDirectory(folder / "a"); }},
-         {failure("access path", "/c\" to get file list."),
-          [&] { MFile::GetFileList(folder / "c"); }},
-         {failure("execute file", "/c\"."), [&] { MFile::Execute(folder / "c"); }}});
-    MFile::Delete(folder / "a");
-    MFile::RemoveDirectory(deep);
-    EXPECT_FALSE(MFile::Exists(folder / "a") || MFile::IsDirectory(deep));
+        {{R"(0 Could not create path "a/x".)", [] { MFile::CreatePath("a/x"); }},
+         {R"(0 Could not rename file "c" to "d".)", [] { MFile::Rename("c", "d"); }},
+         {R"(0 Could not delete file "one".)", [] { MFile::Delete("one"); }},
+         {R"(0 Could not delete file "c".)", [] { MFile::Delete("c"); }},
+         {R"(0 Could not remove directory "one".)", [] { MFile::RemoveDirectory("one"); }},
+         {R"(0 Could not remove directory "a".)", [] { MFile::RemoveDirectory("a"); }},
+         {R"(0 Could not access path "c" to get file list.)", [] { MFile::GetFileList("c"); }},
+         {R"(0 Could not execute file "c".)", [] { MFile::Execute("c"); }}});
+    MFile::Delete("a");
+    MFile::RemoveDirectory("one/two");
+    EXPECT_FALSE(MFile::Exists("a") || MFile::IsDirectory("one/two"));
 }
 
-TEST(File, ProgramsAreStartedWithTheirTargetAndWithoutAShell) {
-    const TestFolder folder;
+TEST_F(File, ProgramsAreStartedWithTheirTargetAndWithoutAShell) {
     // Stands for the desktop's opener: what it was called with, in one move.
     folder.SetContent("xdg-open", "#!/bin/sh\nprintf %s \"$#$1\" >out.new\nmv out.new out\n");
-    fs::permissions(folder.path / "xdg-open", fs::perms::owner_all);
     folder.SetContent("-a file", "no program");
-    fs::permissions(folder.path / "-a file", fs::perms::owner_all);
-    const std::string path = folder.path.string() + ":/bin:/usr/bin";
+    for (const char* const name : {"xdg-open", "-a file"})
+        fs::permissions(name, fs::perms::owner_all);
     const auto opened = [&](const std::function<void()>& call) {
-        EXPECT_TRUE(HoldsInChild([&] {
-            setenv("PATH", path.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
-            fs::current_path(folder.path);
-            call();
-            setenv("PATH", "/nowhere", 1);  // NOLINT(concurrency-mt-unsafe)
-            EXPECT_EQ(Raised([] { MFile::ExecuteWWW("a"); }), "0 Could not execute file \"a\".");
-            const auto last = static_cast<rlim_t>(dup(STDIN_FILENO));
-            const rlimit few = {last + 3, last + 3};  // a pipe, and no more
-            setrlimit(RLIMIT_NOFILE, &few);
-            EXPECT_NE(Raised([] { MFile::Execute("-a file"); }), "nothing");
-            return !testing::Test::HasFailure();
-        }));
-        for (int i = 0; i < 500 && !fs::exists(folder.path / "out"); ++i)
+        call();
+        for (int i = 0; i < 500 && !fs::exists("out"); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         std::string arguments = folder.Content("out");
-        fs::remove(folder.path / "out");
+        fs::remove("out");
         return arguments;
     };
-    EXPECT_EQ(opened([] { MFile::ExecuteWWW("example.org/?a;$(b)&c"); }),
-              "1http://example.org/?a;$(b)&c");
-    EXPECT_EQ(opened([] { MFile::ExecuteMail("a?b@c", u"Gr\u00fc\u00dfe & so"); }),
-              "1mailto:a%3Fb@c?subject=Gr%C3%BC%C3%9Fe%20%26%20so");
-    EXPECT_EQ(opened([] { MFile::Execute("-a file"); }), std::string("1") + folder.Path("-a file"));
-    EXPECT_EQ(opened([&] { MFile::Execute(folder / "xdg-open"); }), "0");  // a program by itself
+    EXPECT_TRUE(HoldsInChild([&] {
+        const std::string path = folder.path.string() + ":/bin:/usr/bin";
+        setenv("PATH", path.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
+        EXPECT_EQ(opened([] { MFile::ExecuteWWW("example.org/?a;$(b)&c"); }),
+                  "1http://example.org/?a;$(b)&c");
+        EXPECT_EQ(opened([] { MFile::ExecuteMail("a?b@c", u"Gr\u00fc\u00dfe & so"); }),
+                  "1mailto:a%3Fb@c?subject=Gr%C3%BC%C3%9Fe%20%26%20so");
+        EXPECT_EQ(opened([] { MFile::Execute("-a file"); }), std::string("1") + folder.Path("-a file"));
+        EXPECT_EQ(opened([] { MFile::Execute("xdg-open"); }), "0");  // a program by itself
+        setenv("PATH", "/nowhere", 1);  // NOLINT(concurrency-mt-unsafe)
+        EXPECT_EQ(Raised([] { MFile::ExecuteWWW("a"); }), R"(0 Could not execute file "a".)");
+        const auto last = static_cast<rlim_t>(dup(STDIN_FILENO));
+        const rlimit few = {last + 3, last + 3};  // a pipe, and no more
+        setrlimit(RLIMIT_NOFILE, &few);
+        EXPECT_NE(Raised([] { MFile::Execute("-a file"); }), "");
+        return !HasFailure();
+    }));
 }
 
 TEST(WebAddress, PathsAndAddressesAreResolved) {
@@ -186,43 +191,38 @@ TEST(WebAddress, PathsAndAddressesAreResolved) {
     EXPECT_EQ(AddressScheme("/login?to=http://a"), "");
 }
 
-TEST(UserFile, ReplacesAFileAsAWhole) {
-    const TestFolder folder;
+TEST_F(UserFile, ReplacesAFileAsAWhole) {
     const std::string longest(255, 'n');
     const char* const name = longest.c_str();
-    fs::create_symlink(longest, folder.path / "link");  // leads nowhere yet
-    WriteText(folder / "link", "first");
+    fs::create_symlink(longest, "link");  // leads nowhere yet
+    WriteText("link", "first");
     EXPECT_EQ(folder.Content(name), "first");
-    chmod(folder.Path(name).c_str(), 0600);
+    chmod(name, 0600);
     WriteText(folder / "link", "second");
-    EXPECT_TRUE(fs::is_symlink(folder.path / "link"));
-    EXPECT_EQ(static_cast<int>(fs::status(folder.path / name).permissions()), 0600);
+    EXPECT_TRUE(fs::is_symlink("link"));
+    EXPECT_EQ(static_cast<int>(fs::status(name).permissions()), 0600);
     const auto fails = [](MStream& file) { WriteAll(file, "third"), RaiseEndOfStream(); };
-    EXPECT_NE(Raised([&] { WriteUserFile(folder / name, fails); }), "nothing");
+    fs::create_directory("folder");
+    EXPECT_NE(Raised([&] { WriteUserFile(name, fails); }), "");
+    EXPECT_THAT(Raised([] { WriteText("folder", "x"); }), StartsWith("0 Could not rename file"));
     EXPECT_EQ(folder.Content(name), "second");
-    fs::create_directory(folder.path / "folder");
-    EXPECT_NE(Raised([&] { WriteText(folder / "folder", "x"); }).find("0 Could not rename file"),
-              std::string::npos);
-    EXPECT_EQ(MFile::GetFileList(folder / "").size(), 3u);
+    EXPECT_EQ(MFile::GetFileList(".").size(), 3u);
 }
 
-TEST(UserFile, AFullDiskOrARefusalLosesNothing) {
-    const TestFolder folder;
+TEST_F(UserFile, AFullDiskOrARefusalLosesNothing) {
     const auto fails = [&](const std::string& expected, std::size_t size,
                            const std::function<bool()>& prepare) {
         const auto writeAndTellNobody = [&](MStream& file) {
             Raised([&] { WriteAll(file, RandomBytes(size)); });
         };
         EXPECT_TRUE(HoldsInChild([&] {
-            return prepare() && expected == Raised([&] {
-                                    WriteUserFile(folder / "preset", writeAndTellNobody);
-                                });
+            fs::current_path(folder.path);  // on the disk that is mounted there
+            return prepare() &&
+                   expected == Raised([&] { WriteUserFile("preset", writeAndTellNobody); });
         }));
         EXPECT_EQ(folder.Content("preset"), "old");
         EXPECT_EQ(MFile::GetFileList(folder / "").size(), 1u);
     };
-    const std::string full = WritingFailed(folder.Path("preset"));
-    const std::string refused = CreatingFailed(folder.Path("preset"));
     const auto limitSize = [] {
         const rlimit limit = {100, 100};
         return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0;
@@ -230,19 +230,20 @@ TEST(UserFile, AFullDiskOrARefusalLosesNothing) {
     // Rights mean nothing to the administrator.
     const auto becomeNobody = [] { return geteuid() != 0 || seteuid(65534) == 0; };
     folder.SetContent("preset", "old");
-    fails(full, 200, limitSize);     // when it is flushed
-    fails(full, 200000, limitSize);  // before that
-    chmod(folder.path.c_str(), 0555);
-    fails(refused, 1, becomeNobody);
-    chmod(folder.path.c_str(), 0777);
-    chmod(folder.Path("preset").c_str(), 0444);
-    fails(refused, 1, becomeNobody);
+    fails(NotWritten("preset"), 200, limitSize);     // when it is flushed
+    fails(NotWritten("preset"), 200000, limitSize);  // before that
+    chmod(".", 0555);
+    fails(NotCreated("preset"), 1, becomeNobody);
+    chmod(".", 0777);
+    chmod("preset", 0444);
+    fails(NotCreated("preset"), 1, becomeNobody);
 
-    if (mount("tmpfs", folder.path.c_str(), "tmpfs", 0, "size=64k") != 0)
+    const char* const disk = folder.path.c_str();
+    if (mount("tmpfs", disk, "tmpfs", 0, "size=64k") != 0)
         GTEST_SKIP() << "this system lets nobody mount a small disk here";
     folder.SetContent("preset", "old");
-    fails(full, 100000, [] { return true; });
-    mount(nullptr, folder.path.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
-    fails(refused, 1, [] { return true; });
-    umount(folder.path.c_str());
+    fails(NotWritten("preset"), 100000, [] { return true; });
+    mount(nullptr, disk, nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
+    fails(NotCreated("preset"), 1, [] { return true; });
+    umount(disk);
 }

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Sockets against a peer in this process, HTTP against a server in another.
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <netinet/in.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <csignal>
+#include <cstdio>
 #include <list>
 #include <memory>
 #include <thread>
@@ -93,7 +93,7 @@ std::string ReadSome(MStream& stream, std::int32_t size) {
 
 MHTTPStream::Request RequestFor(int port, const char* path = "/", int redirects = 0) {
     return {
-        .host = "127.0.0.1", .port = port, .path = path, .redirects = redirects, .bodyLimit = 1000};
+        .host = "127.0.0.1", .port = port, .path = path, .redirects = redirects, .bodyLimit = 20};
 }
 
 // "STATUS BODY", or what was raised, behind what was read before where anything was.
@@ -104,11 +104,10 @@ std::string Result(const MHTTPStream::Request& request, std::uint32_t timeout = 
     const std::string error = Raised([&] {
         stream.Open(request);
         result = std::to_string(stream.GetStatus()) + ' ';
-        char byte = 0;
-        while (!stream.IsEnd() && stream.Read(&byte, 1) == 1) result += byte;
+        while (!stream.IsEnd()) result += ReadSome(stream, 1);
     });
     EXPECT_TRUE(!result.empty() || !stream.IsOpen());
-    return error == "nothing" ? result : result + error;
+    return result + error;
 }
 
 // A server that says this, does the rest and closes.
@@ -124,14 +123,12 @@ Behaviour Replying(const std::string& reply, const Behaviour& rest = DoNothing,
 }
 
 std::string ResultOf(const std::string& reply, const Behaviour& rest = DoNothing) {
-    return Result(RequestFor(Peer({Replying(reply, rest)}).port), 3 * kShort);
+    const std::vector<Behaviour> thrice(3, Replying(reply, rest));
+    return Result(RequestFor(Peer(thrice).port, "/", 2), 3 * kShort);
 }
 
 const std::string kNoHeader =
     "513 MHTTPStream reading HTTP reply header. Invalid HTTP reply header.";
-const std::string kNoLine =
-    "513 MHTTPStream invalid HTTP reply header line. Invalid HTTP reply header line.";
-const std::string kNoBody = "513 MHTTPStream reading HTTP reply body. Invalid HTTP reply body.";
 const std::string kNoMore = "256 No more data in source stream.";
 
 }  // namespace
@@ -226,18 +223,17 @@ TEST(HTTPStream, SendsTheRequestAndGivesTheReply) {
         std::vector{Replying(reply + "Content-LENGTH: 5\n\nhello", DoNothing, &get),
                     Replying(reply + "\n", DoNothing, &post)});
     MHTTPStream stream;
-    MHTTPStream::Request request = RequestFor(peer->port);
-    request.path = u"/a b?\u00fc=%20";
-    request.headers = {{"X-One", "1\r\nX-Bad: 2"}, {"X-Two", "two"}};
-    stream.Open(request);
+    MHTTPStream::Request request = RequestFor(peer->port, "");
+    request.formData = "a=1&b=2";
+    MHTTPStream::Request getting = RequestFor(peer->port);
+    getting.path = u"/a b?\u00fc=%20";
+    getting.headers = {{"X-One", "1\r\nX-Bad: 2"}, {"X-Two", "two"}};
+    stream.Open(getting);
     EXPECT_EQ(stream.GetHeader("x-padded"), "middle of it");
-    EXPECT_EQ(Raised([&] { stream.GetHeader("X-None"); }), "513 Requested HTTP header not found.");
     EXPECT_EQ(ReadAll(stream, 2), "hello");
     EXPECT_TRUE(stream.IsEnd() && stream.GetPosition() == 5 && stream.GetSize() == 5);
-    request = RequestFor(peer->port, "");
-    request.formData = "a=1&b=2";
     EXPECT_EQ(Result(request), "200 ");
-    peer.reset();
+    peer.reset();  // the requests are complete then
     const std::string common =
         "Host: 127.0.0.1:" + std::to_string(request.port) + "\nConnection: Close\n";
     const std::string form = "Content-Type: application/x-www-form-urlencoded\nContent-Length: 7\n";
@@ -251,68 +247,47 @@ TEST(HTTPStream, ReadsFromPythonsServer) {
     folder.SetContent("plain", "hello");
     fs::create_directory(folder.path / "dir");
     folder.SetContent("dir/index.html", "index");
-    int pipes[2];
-    ASSERT_EQ(pipe2(pipes, O_CLOEXEC), 0);
-    const pid_t server = fork();
-    if (server == 0) {
-        dup2(pipes[1], STDOUT_FILENO);
-        dup2(pipes[1], STDERR_FILENO);
-        execl(QUILLOREA_PYTHON, "python3", "-um", "http.server", "0", "-b", "127.0.0.1", "-d",
-              folder.path.c_str(), nullptr);
-        _exit(127);
-    }
+    const std::string command =
+        "cd " + folder.path.string() +
+        " && exec '" QUILLOREA_PYTHON
+        "' -uc 'import http.server; "
+        "s = http.server.HTTPServer((\"127.0.0.1\", 0), http.server.SimpleHTTPRequestHandler); "
+        "s.timeout = 10; print(s.server_port); "
+        "[s.handle_request() for i in range(4)]' 2>/dev/null";
+    std::FILE* const server = popen(command.c_str(), "r");
     int port = 0;
-    EXPECT_EQ(std::fscanf(fdopen(pipes[0], "r"), "Serving HTTP on 127.0.0.1 port %d", &port), 1);
+    EXPECT_EQ(std::fscanf(server, "%d", &port), 1);
     EXPECT_EQ(Result(RequestFor(port, "/plain")), "200 hello");
     EXPECT_EQ(Result(RequestFor(port, "/dir", 1)), "200 index");
     EXPECT_EQ(Result(RequestFor(port, "/dir")), "301 ");
-    kill(server, SIGTERM);
-    waitpid(server, nullptr, 0);
+    pclose(server);
 }
 
-TEST(HTTPStream, FollowsRedirectsWithinTheBudget) {
-    const auto found = [](const std::string& location) {
-        return Replying("HTTP/1.0 302 Found\r\nLocation: " + location + "\r\n\r\n");
-    };
+TEST(HTTPStream, FollowsRedirectsToAddressesAndPaths) {
     std::string request;
-    const Behaviour last = Replying("HTTP/1.0 200\n\nend", DoNothing, &request);
-    EXPECT_EQ(Result(RequestFor(Peer({found("../plain"), last}).port, "/a/b/to", 1)), "200 end");
-    EXPECT_EQ(request.find("GET /a/plain HTTP/1.0\nHost: 127.0.0.1:"), 0u);
-    const Peer end({Replying("HTTP/1.0 200\n\nother")});
-    const std::string other = "HTTP://localhost:" + std::to_string(end.port) + "/a#b";
-    const Peer loop({found("/a"), found("/a"), found("/a"), found("https://localhost"),
-                     found("http://a b/"), Replying("HTTP/1.0 302\n\n"), found(other)});
-    const std::string kResults[] = {"302 ", "302 ", kNoLine, "513 Requested HTTP header not found.",
-                                    "200 other"};
-    for (const std::string& expected : kResults)
-        EXPECT_EQ(Result(RequestFor(loop.port, "/a", 2)), expected);
+    const Peer second({Replying("HTTP/1.0 301\nLocation: ../c\n\n"),
+                       Replying("HTTP/1.0 200\n\nend", DoNothing, &request)});
+    const std::string host = "localhost:" + std::to_string(second.port);
+    const Peer first(
+        {Replying("HTTP/1.0 302 Found\r\nLocation: HTTP://" + host + "/a/b/d#e\r\n\r\n")});
+    EXPECT_EQ(Result(RequestFor(first.port, "/", 2)), "200 end");
+    EXPECT_THAT(request, testing::StartsWith("GET /a/c HTTP/1.0\nHost: " + host + "\n"));
 }
 
-TEST(HTTPStream, BrokenRepliesAreToldAndBounded) {
-    const std::string ok = "HTTP/1.0 200 OK\r\n", body(1000, 'y'), text(16376, 'z');
+TEST(HTTPStream, BrokenRepliesAreTold) {
+    CheckCases(QUILLOREA_STREAM_CASES "/http_cases.txt",
+               [](const std::string& reply) { return ResultOf(reply); });
+}
+
+TEST(HTTPStream, LinesAndHeadersAreBounded) {
+    const std::string ok = "HTTP/1.0 200 OK\r\n", text(16376, 'z');
     const std::string line = "A: " + text.substr(0, 8188) + '\n';  // 8 KiB
     const std::string lines = line + line + line + line + line + line + line;
-    for (const char* const bad : {"", "HTTP/1.0\r\n\r\n", "SSH-2.0-server 200\r\n\r\n",
-                                  "HTTP/1.0 2x0 OK\r\n\r\n", "HTTP/1.0 99 OK\r\n\r\n"})
-        EXPECT_EQ(ResultOf(bad), kNoHeader) << bad;
-    for (const char* const bad : {"no colon", ": value", "Content-Length: -1",
-                                  "Content-Length: ", "Content-Length: 99999999999999999999"})
-        EXPECT_EQ(ResultOf(ok + bad + "\r\n\r\n"), kNoLine) << bad;
-    const std::pair<std::string, std::string> kCases[] = {
-        {"HTTP/1.1 204\n\n", "204 "},
-        {ok + "Content-Length: 4\r\n", kNoHeader},
-        {ok + "A: 1234" + text + "\n\n", kNoHeader},
-        {ok + lines + line + "\n", kNoHeader},
-        {ok + "A:" + std::string(65536, '\r') + "\n\n", kNoHeader},
-        {ok + "Content-Length: 10\r\n\r\nhalf", "200 half" + kNoMore},
-        {ok + "Content-Length: 1001\r\n\r\n", kNoBody},
-        {ok + "CONTENT-LENGTH: 3\r\n\r\nall and more", "200 all"},
-        {ok + "\r\n" + body, "200 " + body},
-        {ok + "\r\n" + body + "y", "200 " + body + kNoBody},
-        {ok + "A: 123" + text + "\r\n\r\nbody", "200 body"},
-        {ok + lines + "\nbody", "200 body"}};
-    for (const auto& [reply, expected] : kCases)
-        EXPECT_EQ(ResultOf(reply), expected) << reply.substr(0, 100);
+    EXPECT_EQ(ResultOf(ok + "A: 123" + text + "\r\n\r\nbody"), "200 body");
+    EXPECT_EQ(ResultOf(ok + lines + "\nbody"), "200 body");
+    for (const std::string& header :
+         {"A: 1234" + text + "\n", lines + line, "A:" + std::string(65536, '\r') + '\n'})
+        EXPECT_EQ(ResultOf(ok + header + "\n"), kNoHeader) << header.size();
 }
 
 TEST(HTTPStream, GivesUpASilentServer) {

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/xml/attribute.h"
 
-#include <gtest/gtest.h>
-
 #include "foundation/xml/store_visitor.h"
-#include "xml_support.h"
+#include "foundation/xml/xml_support.h"
 
 namespace {
 
@@ -49,10 +47,10 @@ struct Settings {
 TEST(XmlDocument, BuildsTheTreeInPlaceOfTheOneBefore) {
     MXMLDocument document;
     const auto load = [&](const std::string& xml) {
-        const std::string error = RaisedBy([&] { Load(document, xml); });
+        const std::string error = Raised([&] { Load(document, xml); });
         return Describe(document.Root()) + error;
     };
-    EXPECT_GT(CheckCases(QUILLOREA_XML_CASES "/tree_cases.txt", load), 8);
+    CheckCases(QUILLOREA_XML_CASES "/tree_cases.txt", load);
 }
 
 TEST(Attribute, FindsByNameWithoutCaseAndAccents) {
@@ -77,7 +75,7 @@ TEST(Attribute, FindsByNameWithoutCaseAndAccents) {
 
 TEST(Attribute, TellsWhatIsNotThere) {
     MAttribute item;
-    const auto cached = [&] { return RaisedBy([&] { item.GetCachedAttribute(); }); };
+    const auto cached = [&] { return Raised([&] { item.GetCachedAttribute(); }); };
     const std::string notCached =
         "0 There is no attribute in the cache. Previous call to HasAttribute probably did not "
         "succeed.";
@@ -89,13 +87,12 @@ TEST(Attribute, TellsWhatIsNotThere) {
     item.AddSubItem("c");
     EXPECT_TRUE(item.HasSubItem("c"));
     item.DeleteSubItem(item.GetCachedSubItem());
-    EXPECT_EQ(RaisedBy([&] { item.GetCachedSubItem(); }),
+    EXPECT_EQ(Raised([&] { item.GetCachedSubItem(); }),
               "0 There is no subitem in the cache. Previous call to HasSubItem probably did not "
               "succeed.");
-    EXPECT_EQ(RaisedBy([&] { item.GetAttribute("x"); }),
-              "0 Could not find required attribute (x).");
-    EXPECT_EQ(RaisedBy([&] { item.GetSubItem("x"); }), "0 Could not find required subitem (x).");
-    EXPECT_EQ(RaisedBy([&] { MAttribute::Iterator(item)->GetName(); }),
+    EXPECT_EQ(Raised([&] { item.GetAttribute("x"); }), "0 Could not find required attribute (x).");
+    EXPECT_EQ(Raised([&] { item.GetSubItem("x"); }), "0 Could not find required subitem (x).");
+    EXPECT_EQ(Raised([&] { MAttribute::Iterator(item)->GetName(); }),
               "0 XML item iterator has not been initialized.");
 }
 

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/xml/xml_writer.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
 
 #include "foundation/xml/xml_characters.h"
-#include "xml_support.h"
+#include "foundation/xml/xml_support.h"
 
 namespace {
 
@@ -39,19 +37,16 @@ void Grow(Random& random, MAttribute& item, int size) {
     }
 }
 
-std::string FileText(const std::string& name) {
-    std::ifstream file(QUILLOREA_XML_CASES "/" + name);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 }  // namespace
 
 TEST(XmlWriter, WritesBothForms) {
     MXMLDocument document;
-    for (const char* const read : {"example_compact.xml", "example_pretty.xml"}) {
-        Load(document, FileText(read));
-        EXPECT_EQ(Save(document, true, "UTF-8"), FileText("example_compact.xml"));
-        EXPECT_EQ(Save(document, false, "UTF-8"), FileText("example_pretty.xml"));
+    const std::string compact = FileBytes(QUILLOREA_XML_CASES "/example_compact.xml");
+    const std::string pretty = FileBytes(QUILLOREA_XML_CASES "/example_pretty.xml");
+    for (const std::string& read : {compact, pretty}) {
+        Load(document, read);
+        EXPECT_EQ(Save(document, true, "UTF-8"), compact);
+        EXPECT_EQ(Save(document, false, "UTF-8"), pretty);
     }
     Load(document, "<a>v</a>");
     EXPECT_TRUE(Save(document, true).ends_with("\"utf-8\"?>\n<a>\nv</a>\n"));
@@ -93,10 +88,10 @@ TEST(XmlWriter, RefusesBeforeAnythingIsWritten) {
     MXMLDocument document;
     document.Root().SetName("a");
     MMemoryStream stream;
-    EXPECT_EQ(RaisedBy([&] { document.Save(stream, true, "latin99"); }),
+    EXPECT_EQ(Raised([&] { document.Save(stream, true, "latin99"); }),
               "0 No codec found for encoding latin99.");
     document.Root().AddSubItem("b").AddSubItem("");
-    EXPECT_EQ(RaisedBy([&] { document.Save(stream, false, "utf-16"); }),
+    EXPECT_EQ(Raised([&] { document.Save(stream, false, "utf-16"); }),
               "256 XML entity cannot have empty name.");
     EXPECT_EQ(stream.GetSize(), 0);
 }
