@@ -33,10 +33,6 @@ protected:
     const TestFolder folder;
 };
 
-using FileStream = FileTest;
-using File = FileTest;
-using UserFile = FileTest;
-
 std::string NotOpen(const std::string& path) {
     return "0 File \"" + path + "\" could not be open. Make sure it exists.";
 }
@@ -57,50 +53,13 @@ void WriteText(const MString& path, const std::string& text) {
 
 }  // namespace
 
-TEST_F(FileStream, TellsWhatFailed) {
-    folder.SetContent("there", "text");
-    MStdFileStream file, there("there", Mode::Read), full("/dev/full", Mode::Write);
-    MStdFileStream memory("/proc/self/mem", Mode::Read);  // nothing is mapped at its start
-    char bytes[8];
-    const std::string noReading = "256 Error reading from file \"/proc/self/mem\".";
-    const std::string noFile = "258 File stream is not initialized.";
-    ExpectRaised(
-        {{NotOpen("a"), [&] { file.Open("a", Mode::Read); }},
-         {NotOpen("a"), [&] { file.Open("a", Mode::Update); }},
-         {NotOpen("."), [&] { file.Open(".", Mode::Read); }},
-         {NotCreated("a/b"), [&] { file.Open("a/b", Mode::Write); }},
-         {noFile, [&] { file.Read(bytes, 1); }},
-         {noFile, [&] { file.Write(bytes, 1); }},
-         {noFile, [&] { file.IsEnd(); }},
-         {noFile, [&] { file.Seek(0, 3); }},
-         {noFile, [&] { file.Flush(); }},
-         {"1 Service \"write to stream\" is not implemented.", [&] { there.Write(bytes, 1); }},
-         {"256 Could not perform file seek.", [&] { there.Seek(-1, 0); }},
-         {noReading, [&] { memory.Read(bytes, 1); }},
-         {noReading, [&] { memory.IsEnd(); }},
-         {"256 Could not load a line from stream.", [&] { memory.ReadLine(bytes, 8); }},
-         {NotWritten("/dev/full"), [&] { full.WriteFill(1 << 20); }},
-         {NotWritten("/dev/full"), [&] { full.Write("a", 1), full.Flush(); }},
-         {NotWritten("/dev/full"), [&] { full.Write("a", 1), full.Close(); }}});
-    EXPECT_TRUE(!file.IsOpen() && !full.IsOpen());
-}
-
-TEST_F(FileStream, UpdatesAFileBothWays) {
-    folder.SetContent("file", "0123456789");
-    MStdFileStream file("file", Mode::Update);
-    char bytes[4];
-    EXPECT_EQ(file.Read(bytes, 2), 2);
-    WriteAll(file, "ab");
-    EXPECT_TRUE(file.Read(bytes, 1) == 1 && bytes[0] == '4');
-    file.Seek(8, MStream::kFromStart);
-    WriteAll(file, "cdef");
-    EXPECT_TRUE(file.GetSize() == 12 && file.IsEnd());
-    file.Seek(-1, MStream::kFromEnd);
-    file.Truncate();
-    file.Seek(2, MStream::kFromPosition);
-    WriteAll(file, "g");
-    file.Close();
-    EXPECT_EQ(folder.Content("file"), std::string("01ab4567cde\0\0g", 14));
+TEST_F(FileTest, OpeningTellsWhatFailed) {
+    MStdFileStream file;
+    ExpectRaised({{NotOpen("a"), [&] { file.Open("a", Mode::Read); }},
+                  {NotOpen("a"), [&] { file.Open("a", Mode::Update); }},
+                  {NotOpen("."), [&] { file.Open(".", Mode::Read); }},
+                  {NotCreated("a/b"), [&] { file.Open("a/b", Mode::Write); }}});
+    EXPECT_FALSE(file.IsOpen());
 }
 
 TEST(ConsoleStream, LeavesTheProcessItsFiles) {
@@ -119,7 +78,7 @@ TEST(ConsoleStream, LeavesTheProcessItsFiles) {
     }));
 }
 
-TEST_F(File, OperationsDoTheirWorkOrTellThePath) {
+TEST_F(FileTest, OperationsDoTheirWorkOrTellThePath) {
     MFile::CreatePath("one/two");
     MFile::CreatePath(folder / "one/two");
     EXPECT_EQ(fs::status("one").permissions(), fs::perms::owner_all);
@@ -144,7 +103,7 @@ TEST_F(File, OperationsDoTheirWorkOrTellThePath) {
     EXPECT_FALSE(MFile::Exists("a") || MFile::IsDirectory("one/two"));
 }
 
-TEST_F(File, ProgramsAreStartedWithTheirTargetAndWithoutAShell) {
+TEST_F(FileTest, ProgramsAreStartedWithTheirTargetAndWithoutAShell) {
     // Stands for the desktop's opener: what it was called with, in one move.
     folder.SetContent("xdg-open", "#!/bin/sh\nprintf %s \"$#$1\" >out.new\nmv out.new out\n");
     folder.SetContent("-a file", "no program");
@@ -165,7 +124,8 @@ TEST_F(File, ProgramsAreStartedWithTheirTargetAndWithoutAShell) {
                   "1http://example.org/?a;$(b)&c");
         EXPECT_EQ(opened([] { MFile::ExecuteMail("a?b@c", u"Gr\u00fc\u00dfe & so"); }),
                   "1mailto:a%3Fb@c?subject=Gr%C3%BC%C3%9Fe%20%26%20so");
-        EXPECT_EQ(opened([] { MFile::Execute("-a file"); }), std::string("1") + folder.Path("-a file"));
+        EXPECT_EQ(opened([] { MFile::Execute("-a file"); }),
+                  std::string("1") + folder.Path("-a file"));
         EXPECT_EQ(opened([] { MFile::Execute("xdg-open"); }), "0");  // a program by itself
         setenv("PATH", "/nowhere", 1);  // NOLINT(concurrency-mt-unsafe)
         EXPECT_EQ(Raised([] { MFile::ExecuteWWW("a"); }), R"(0 Could not execute file "a".)");
@@ -191,7 +151,7 @@ TEST(WebAddress, PathsAndAddressesAreResolved) {
     EXPECT_EQ(AddressScheme("/login?to=http://a"), "");
 }
 
-TEST_F(UserFile, ReplacesAFileAsAWhole) {
+TEST_F(FileTest, WritingReplacesAFileAsAWhole) {
     const std::string longest(255, 'n');
     const char* const name = longest.c_str();
     fs::create_symlink(longest, "link");  // leads nowhere yet
@@ -209,7 +169,7 @@ TEST_F(UserFile, ReplacesAFileAsAWhole) {
     EXPECT_EQ(MFile::GetFileList(".").size(), 3u);
 }
 
-TEST_F(UserFile, AFullDiskOrARefusalLosesNothing) {
+TEST_F(FileTest, AFullDiskOrARefusalLosesNothing) {
     const auto fails = [&](const std::string& expected, std::size_t size,
                            const std::function<bool()>& prepare) {
         const auto writeAndTellNobody = [&](MStream& file) {

@@ -59,11 +59,17 @@ bool HoldsInChild(const std::function<bool()>& check) {
     return waitpid(child, &status, 0) == child && status == 0;
 }
 
-std::string ReadAll(MStream& stream, std::int32_t part) {
-    std::string bytes, block(static_cast<std::size_t>(part), '\0');
-    while (const std::int32_t count = stream.Read(block.data(), part))
-        bytes.append(block, 0, static_cast<std::size_t>(count));
+std::string ReadSome(MStream& stream, std::int32_t size) {
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    bytes.resize(static_cast<std::size_t>(stream.Read(bytes.data(), size)));
     return bytes;
+}
+
+std::string ReadAll(MStream& stream, std::int32_t part) {
+    std::string all;
+    for (std::string bytes = ReadSome(stream, part); !bytes.empty(); bytes = ReadSome(stream, part))
+        all += bytes;
+    return all;
 }
 
 void WriteAll(MStream& stream, const std::string& bytes) {

@@ -27,6 +27,8 @@ void CheckCases(const char* path, const std::function<std::string(const std::str
 // In a process of its own, where limits and rights may change. Whether it gave true.
 bool HoldsInChild(const std::function<bool()>& check);
 
+// What one Read gives.
+std::string ReadSome(MStream& stream, std::int32_t size);
 // What Read gives until it gives nothing, in parts of that size.
 std::string ReadAll(MStream& stream, std::int32_t part = 1000);
 void WriteAll(MStream& stream, const std::string& bytes);
