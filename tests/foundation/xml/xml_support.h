@@ -34,12 +34,17 @@ inline std::string TextOf(const MAttributeList& attributes) {
     return text;
 }
 
-// Every name, value and attribute of a tree in their order.
+// Every name, value and attribute of a tree in their order, whose links it checks.
 inline std::string Describe(const MAttribute& root) {
     std::string text;
     WalkTree(
         root,
         [&](const MAttribute& item) {
+            const MAttribute* const parent = item.Parent();
+            const bool isFirst = parent == nullptr || parent->SubItems()[0] == &item;
+            EXPECT_EQ(item.Level(), parent == nullptr ? 0 : parent->Level() + 1);
+            EXPECT_EQ(isFirst ? &item : item.Previous()->Next(), &item);
+            EXPECT_EQ(item.Previous() == nullptr, isFirst);
             text.append("(").append(item.GetName().ToUtf8()).append(TextOf(item.Attributes()));
             if (!item.GetValue().IsEmpty())
                 text.append(" [").append(item.GetValue().ToUtf8()).append("]");
