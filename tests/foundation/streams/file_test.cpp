@@ -21,7 +21,6 @@ namespace fs = std::filesystem;
 namespace {
 
 using testing::StartsWith;
-using Mode = MStdFileStream::Mode;
 
 // In a folder of its own, so that the paths are names.
 class FileTest : public testing::Test {
@@ -33,34 +32,11 @@ protected:
     const TestFolder folder;
 };
 
-std::string NotOpen(const std::string& path) {
-    return "0 File \"" + path + "\" could not be open. Make sure it exists.";
-}
-
-std::string NotCreated(const std::string& path) {
-    return "0 File \"" + path +
-           "\" could not be created. Make sure there is no write-protected "
-           "file already existing.";
-}
-
-std::string NotWritten(const std::string& path) {
-    return "256 Error writing to file \"" + path + "\". Probably disk full.";
-}
-
 void WriteText(const MString& path, const std::string& text) {
     WriteUserFile(path, [&](MStream& file) { WriteAll(file, text); });
 }
 
 }  // namespace
-
-TEST_F(FileTest, OpeningTellsWhatFailed) {
-    MStdFileStream file;
-    ExpectRaised({{NotOpen("a"), [&] { file.Open("a", Mode::Read); }},
-                  {NotOpen("a"), [&] { file.Open("a", Mode::Update); }},
-                  {NotOpen("."), [&] { file.Open(".", Mode::Read); }},
-                  {NotCreated("a/b"), [&] { file.Open("a/b", Mode::Write); }}});
-    EXPECT_FALSE(file.IsOpen());
-}
 
 TEST(ConsoleStream, LeavesTheProcessItsFiles) {
     EXPECT_TRUE(HoldsInChild([] {
@@ -183,6 +159,10 @@ TEST_F(FileTest, AFullDiskOrARefusalLosesNothing) {
         EXPECT_EQ(folder.Content("preset"), "old");
         EXPECT_EQ(MFile::GetFileList(folder / "").size(), 1u);
     };
+    const std::string full = "256 Error writing to file \"preset\". Probably disk full.";
+    const std::string refused =
+        "0 File \"preset\" could not be created. Make sure there is no write-protected file "
+        "already existing.";
     const auto limitSize = [] {
         const rlimit limit = {100, 100};
         return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0;
@@ -190,20 +170,19 @@ TEST_F(FileTest, AFullDiskOrARefusalLosesNothing) {
     // Rights mean nothing to the administrator.
     const auto becomeNobody = [] { return geteuid() != 0 || seteuid(65534) == 0; };
     folder.SetContent("preset", "old");
-    fails(NotWritten("preset"), 200, limitSize);     // when it is flushed
-    fails(NotWritten("preset"), 200000, limitSize);  // before that
+    fails(full, 200, limitSize);  // when it is flushed
     chmod(".", 0555);
-    fails(NotCreated("preset"), 1, becomeNobody);
+    fails(refused, 1, becomeNobody);
     chmod(".", 0777);
     chmod("preset", 0444);
-    fails(NotCreated("preset"), 1, becomeNobody);
+    fails(refused, 1, becomeNobody);
 
     const char* const disk = folder.path.c_str();
     if (mount("tmpfs", disk, "tmpfs", 0, "size=64k") != 0)
         GTEST_SKIP() << "this system lets nobody mount a small disk here";
     folder.SetContent("preset", "old");
-    fails(NotWritten("preset"), 100000, [] { return true; });
+    fails(full, 100000, [] { return true; });
     mount(nullptr, disk, nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
-    fails(NotCreated("preset"), 1, [] { return true; });
+    fails(refused, 1, [] { return true; });
     umount(disk);
 }

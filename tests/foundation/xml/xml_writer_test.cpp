@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/xml/xml_writer.h"
 
+#include <gmock/gmock.h>
+
 #include <random>
 
 #include "foundation/xml/xml_characters.h"
@@ -10,10 +12,7 @@ namespace {
 
 using Random = std::mt19937;
 
-template <typename Integer>
-int Below(Random& random, Integer end) {
-    return static_cast<int>(random() % static_cast<std::uint32_t>(end));
-}
+int Below(Random& random, std::size_t end) { return static_cast<int>(random() % end); }
 
 // Mark-up and white space are frequent; all encodings have these letters.
 MString RandomText(Random& random) {
@@ -31,7 +30,7 @@ void Grow(Random& random, MAttribute& item, int size) {
     for (int left = Below(random, 4); left > 0; --left)
         item.SetAttribute(name(), RandomText(random));
     while (size > 1) {
-        const int part = 1 + Below(random, size - 1);
+        const int part = 1 + Below(random, static_cast<std::size_t>(size) - 1);
         Grow(random, item.AddSubItem(name()), part);
         size -= part;
     }
@@ -78,9 +77,8 @@ TEST(XmlWriter, NoTextBreaksTheDocument) {
         document.Root().SetAttribute(MString("b").Append(char16_t{0xd800}), "2");
         document.Root().AddSubItem("c").SetValue(text);
         Load(read, Save(document, true));
-        EXPECT_EQ(read.Root().Attributes().Count(), 2);
-        EXPECT_EQ(read.Root().Attributes()[1]->value, "2");
-        EXPECT_TRUE(read.Root().HasSubItem("c"));
+        EXPECT_THAT(Describe(read.Root()),
+                    testing::MatchesRegex("\\(n a=\\[[^]=]*\\] b=\\[2\\]\\(c.*"));
     }
 }
 
