@@ -170,6 +170,7 @@ TEST_F(FileTest, AFullDiskOrARefusalLosesNothing) {
     // Rights mean nothing to the administrator.
     const auto becomeNobody = [] { return geteuid() != 0 || seteuid(65534) == 0; };
     folder.SetContent("preset", "old");
+    fails(full, 200000, limitSize);
     fails(full, 200, limitSize);  // when it is flushed
     chmod(".", 0555);
     fails(refused, 1, becomeNobody);

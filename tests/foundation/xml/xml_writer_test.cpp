@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <random>
+#include <vector>
 
 #include "foundation/xml/xml_characters.h"
 #include "foundation/xml/xml_support.h"
@@ -12,27 +13,26 @@ namespace {
 
 using Random = std::mt19937;
 
-int Below(Random& random, std::size_t end) { return static_cast<int>(random() % end); }
+std::size_t Below(Random& random, std::size_t end) { return random() % end; }
 
 // Mark-up and white space are frequent; all encodings have these letters.
 MString RandomText(Random& random) {
     constexpr std::u16string_view kUnits = u"<>&'\"/=!?[]-;#x \t\n\u0001\u017e\u010c\u20ac";
     MString text;
-    for (int left = Below(random, 12); left > 0; --left)
-        text.Append(kUnits[static_cast<std::size_t>(Below(random, kUnits.size()))]);
+    for (std::size_t left = Below(random, 12); left > 0; --left)
+        text.Append(kUnits[Below(random, kUnits.size())]);
     return text;
 }
 
-void Grow(Random& random, MAttribute& item, int size) {
+void Grow(Random& random, MAttribute& root, std::size_t size) {
     const auto name = [&] { return MString("n").Append(MString::FromInt(Below(random, 50))); };
-    // White space at the ends of a value does not come back.
-    item.SetValue(TrimXml(RandomText(random)));
-    for (int left = Below(random, 4); left > 0; --left)
+    std::vector<MAttribute*> items = {&root};
+    for (std::size_t i = 0; i < size; ++i) {
+        MAttribute& item = *items[Below(random, items.size())];
+        items.push_back(&item.AddSubItem(name()));
+        // White space at the ends of a value does not come back.
+        item.SetValue(TrimXml(RandomText(random)));
         item.SetAttribute(name(), RandomText(random));
-    while (size > 1) {
-        const int part = 1 + Below(random, static_cast<std::size_t>(size) - 1);
-        Grow(random, item.AddSubItem(name()), part);
-        size -= part;
     }
 }
 
@@ -57,7 +57,7 @@ TEST(XmlWriter, RandomTreesComeBackFromBothForms) {
         const char* const encoding = i % 3 == 0 ? "windows-1250" : i % 3 == 1 ? "utf-16" : "utf-8";
         MXMLDocument document, read;
         document.Root().SetName("root");
-        Grow(random, document.Root(), 1 + Below(random, 60));
+        Grow(random, document.Root(), Below(random, 90));
         for (const bool compact : {false, true}) {
             const std::string xml = Save(document, compact, encoding);
             Load(read, xml, {.encoding = i % 3 == 1 ? "utf-16" : "utf-8"});
