@@ -2,6 +2,7 @@
 // What every stream promises, the memory stream, and filters against the outside world.
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <thread>
 
 #include "foundation/streams/blowfish_stream.h"
@@ -80,10 +81,23 @@ Class& As(MStream& stream) {
     return dynamic_cast<Class&>(stream);
 }
 
-std::string Close(MStream& stream) {
-    if (auto* const zlib = dynamic_cast<MZLibStream*>(&stream)) zlib->Close();
-    if (auto* const file = dynamic_cast<MStdFileStream*>(&stream)) file->Close();
-    return "";
+// An operation that only one class has.
+std::string PerformOwn(MStream& stream, const std::string& name, const std::string& text) {
+    const std::int32_t number = std::atoi(text.c_str());
+    if (name == "capacity") return std::to_string(As<MMemoryStream>(stream).GetCapacity());
+    if (name == "limit") return As<MMemoryStream>(stream).SetCapacity(number), "";
+    if (name == "open") return As<MStdFileStream>(stream).Open(text.c_str(), Mode::Read), "";
+    if (name == "update") return As<MStdFileStream>(stream).Open(text.c_str(), Mode::Update), "";
+    if (name == "create") return As<MStdFileStream>(stream).Open(text.c_str(), Mode::Write), "";
+    if (name == "hash") return As<MHashStream>(stream).GetHashText().ToUtf8();
+    if (name == "key") return As<MCryptoStream>(stream).SetKey(text.c_str()), "";
+    if (name == "bits") return As<MCryptoStream>(stream).SetKeyLength(number), "";
+    if (name == "modulus") return As<MRSAStream>(stream).SetPublicKey(text, "3"), "";
+    if (name == "level")
+        return As<MZLibStream>(stream).OpenForCompressing(stream.GetSubStream(), number), "";
+    if (name != "close") throw std::invalid_argument(name);
+    if (auto* const zlib = dynamic_cast<MZLibStream*>(&stream)) return zlib->Close(), "";
+    return As<MStdFileStream>(stream).Close(), "";
 }
 
 // One operation of the cases, and its answer where it has one.
@@ -104,19 +118,8 @@ std::string Perform(MStream& stream, const std::string& name, const std::string&
     if (name == "atend") return stream.IsEnd() ? "yes" : "no";
     if (name == "flush") return stream.Flush(), "";
     if (name == "truncate") return stream.Truncate(), "";
-    if (name == "capacity") return std::to_string(As<MMemoryStream>(stream).GetCapacity());
-    if (name == "limit") return As<MMemoryStream>(stream).SetCapacity(size), "";
-    if (name == "open") return As<MStdFileStream>(stream).Open(text.c_str(), Mode::Read), "";
-    if (name == "update") return As<MStdFileStream>(stream).Open(text.c_str(), Mode::Update), "";
-    if (name == "create") return As<MStdFileStream>(stream).Open(text.c_str(), Mode::Write), "";
     if (name == "below") return ReadAll(stream.GetSubStream());
-    if (name == "hash") return As<MHashStream>(stream).GetHashText().ToUtf8();
-    if (name == "key") return As<MCryptoStream>(stream).SetKey(text.c_str()), "";
-    if (name == "bits") return As<MCryptoStream>(stream).SetKeyLength(size), "";
-    if (name == "modulus") return As<MRSAStream>(stream).SetPublicKey(text, "3"), "";
-    if (name == "level")
-        return As<MZLibStream>(stream).OpenForCompressing(stream.GetSubStream(), size), "";
-    return name == "close" ? Close(stream) : "no operation: " + name;
+    return PerformOwn(stream, name, text);
 }
 
 // The answers to all operations on a stream of that class, and to what is raised.
@@ -158,16 +161,15 @@ TEST(MemoryStream, CopiesWriteToBlocksOfTheirOwn) {
     const auto change = [&](char letter) {
         for (int i = 0; i < 1000; ++i) {
             MMemoryStream own(i % 2 == 0 ? outside : inside), other(own);
-            const std::int64_t place = own.GetPosition();
+            own.Seek(0, MStream::kFromStart);
             WriteAll(own, std::string(1, letter));
-            EXPECT_TRUE(own.GetData()[place] == static_cast<std::uint8_t>(letter) &&
-                        other.GetSize() == 6);
+            EXPECT_TRUE(own.GetData()[0] == static_cast<std::uint8_t>(letter) &&
+                        other.GetData()[0] == 's');
         }
     };
     std::thread other(change, 'a');
     change('b');
     other.join();
-    EXPECT_EQ(constant, "shared");
 }
 
 TEST(ZLibStream, PythonReadsWhatIsWrittenAndTheOtherWayRound) {
@@ -178,7 +180,8 @@ TEST(ZLibStream, PythonReadsWhatIsWrittenAndTheOtherWayRound) {
                                "plain = open(\"plain\", \"rb\").read(); "
                                "assert zlib.decompress(open(\"packed\", \"rb\").read()) == plain; "
                                "open(\"theirs\", \"wb\").write(zlib.compress(plain))'";
-    for (const std::string& plain : {std::string(), std::string(100000, 'a'), RandomBytes(50000)}) {
+    // The check sum of 4087 random bytes stands in two blocks that are read.
+    for (const std::string& plain : {std::string(100000, 'a'), RandomBytes(4087), std::string()}) {
         MMemoryStream memory;
         WriteAll(*Make("zlib", memory, true), plain);
         folder.SetContent("plain", plain);
@@ -187,6 +190,8 @@ TEST(ZLibStream, PythonReadsWhatIsWrittenAndTheOtherWayRound) {
         ASSERT_EQ(std::system(python.c_str()), 0);  // NOLINT(concurrency-mt-unsafe)
         const std::string theirs = folder.Content("theirs");
         memory = Over(theirs);
-        EXPECT_EQ(ReadAll(*Make("zlib", memory, false), 4096), plain);
+        const auto unpacked = Make("zlib", memory, false);
+        EXPECT_EQ(ReadSome(*unpacked, static_cast<std::int32_t>(plain.size())), plain);
+        EXPECT_TRUE(unpacked->IsEnd());
     }
 }

@@ -52,8 +52,7 @@ bool HoldsInChild(const std::function<bool()>& check) {
     const pid_t child = fork();
     if (child == 0) {
         bool holds = false;
-        const std::string error = Raised([&] { holds = check(); });
-        _exit(holds && error.empty() ? 0 : 1);
+        _exit(Raised([&] { holds = check(); }).empty() && holds ? 0 : 1);
     }
     int status = 1;
     return waitpid(child, &status, 0) == child && status == 0;
