@@ -63,9 +63,7 @@ TEST(Chorus, TellsLatencyTailAndSilence) {
 
 // A Haas line, filters and the dry line of the sinc read hold sound too.
 TEST(Chorus, IsSilentOnceCleared) {
-    ChorusDriver engine({2, 8000, true});
-    engine.Set(P::kSpreadMode, 6);
-    engine.Set(P::kMinFrequency, 2.5);
+    ChorusDriver engine(Settings(2, 8000, true, {{P::kSpreadMode, 6}, {P::kMinFrequency, 2.5}}));
     EXPECT_GT(Peak(engine.Rendered(Noise(2, 5000, 0.5f))), 0.1);
     engine.host->Effect()->Clear();
     EXPECT_EQ(Peak(engine.Rendered(Silence(2, 9000))), 0);

@@ -117,8 +117,7 @@ TEST(ChorusLines, ForgetWhatIsNotANumber) {
     constexpr int kLine = 2 * (100 + 500 + 32) + 39, kHaas = 32;
     for (const int kind : {0, 1, 2, 3}) {
         const auto rest = [kind](const std::array<float, 3>& start) {
-            ChorusDriver engine({2 + kind / 2, 1000, kind % 2 != 0});
-            engine.Set(P::kSpreadMode, 6);
+            ChorusDriver engine(Settings(2 + kind / 2, 1000, kind % 2, {{P::kSpreadMode, 6}}));
             Audio audio = Noise(2 + kind / 2, 3000, 0.5f);
             for (auto& channel : audio) std::ranges::copy(start, channel.begin());
             audio = engine.Rendered(audio);
