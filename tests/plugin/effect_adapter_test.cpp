@@ -270,22 +270,18 @@ TEST(PluginState, MakesAnyPluginSoundTheSame) {
 }
 
 TEST(PluginState, TellsWhatIsNotStandardAndTakesWhatItFinds) {
-    const std::string version = "Version=\"328449\" ", sinc = "Sinc=\"1\"",
-                      mode = "ChannelMode=\"Left + Right\" ", number = "Number=\"0.75\" ",
-                      controllers = "ControllersEnabled=\"1\" NoteControllersEnabled=\"1\" ",
-                      last = "Bypass=\"1\" MaxLFOBlockSize=\"8\" ",
-                      trigger = "Enabled=\"1\" Controller=\"7\" Channel=\"16\"";
-    const auto state = [](const std::string& attributes, const std::string& inner) {
-        return "<settings " + attributes + "><PreviousNextPresetController " + inner +
-               "/></settings>";
-    };
+    const char* const full =
+        R"(<settings Version="328449" ChannelMode="Left + Right" ControllersEnabled="1"
+           NoteControllersEnabled="1" Bypass="1" MaxLFOBlockSize="8" Number="0.75" Sinc="1">
+           <PreviousNextPresetController Enabled="1" Controller="7" Channel="16"/></settings>)";
+    const char* const standard =
+        R"(<settings Version="328449" ChannelMode="Left + Right" Sinc="1">
+           <PreviousNextPresetController/></settings>)";
     const auto spaceless = [](std::string text) {
         std::erase_if(text, [](char c) { return c == ' ' || c == '\n' || c == '\r'; });
         return text.substr(text.find("<settings"));
     };
     Plugin plugin([](ProbeEffect&) {});
-    const std::string full = state(version + mode + controllers + last + number + sinc, trigger);
-    const std::string standard = state(version + mode + sinc, "");
     for (const auto& [loaded, expected, protection, loadedVersion] :
          {std::tuple(full, full, 8, 0x50301),
           {"<foreign Unknown=\"1\"><band0/></foreign>", standard, 256, 0x50300}}) {
