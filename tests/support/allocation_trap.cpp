@@ -7,6 +7,10 @@
 #include <cstdlib>
 #include <utility>
 
+#ifdef TRAP_BY_HOOKS
+#include <sanitizer/allocator_interface.h>
+#endif
+
 namespace {
 
 thread_local bool armed = false;
@@ -16,25 +20,18 @@ inline void Count() {
     if (armed) ++calls;
 }
 
-}  // namespace
-
-#ifdef TRAP_BY_HOOKS
-
-#include <sanitizer/allocator_interface.h>
-
-namespace {
-
 // Installed once, before any trap is armed; the hooks cannot be taken away.
 void InstallHooks() {
+#ifdef TRAP_BY_HOOKS
     static const int installed = __sanitizer_install_malloc_and_free_hooks(
         [](const volatile void*, std::size_t) { Count(); }, [](const volatile void*) { Count(); });
     ASSERT_NE(installed, 0);
+#endif
 }
 
 }  // namespace
 
-#else
-
+#ifndef TRAP_BY_HOOKS
 // The C library's own entries behind the ones that are replaced here. operator new of the C++
 // library calls malloc, so that it is counted too.
 #pragma GCC visibility push(default)
@@ -67,13 +64,6 @@ void free(void* block) {
 }
 }
 #pragma GCC visibility pop
-
-namespace {
-
-void InstallHooks() {}
-
-}  // namespace
-
 #endif
 
 AllocationTrap::AllocationTrap(std::string newWhat) : what(std::move(newWhat)) {
