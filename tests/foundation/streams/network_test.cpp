@@ -3,10 +3,11 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <netinet/in.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <list>
@@ -125,7 +126,16 @@ const std::string kNoHeader =
     "513 MHTTPStream reading HTTP reply header. Invalid HTTP reply header.";
 const std::string kNoMore = "256 No more data in source stream.";
 
+thread_local bool socketsAreRefused = false;
+
 }  // namespace
+
+// Stands before the system's: a limit on descriptors would fail the sanitizers' checks as well.
+extern "C" int socket(int domain, int type, int protocol) noexcept {
+    if (!socketsAreRefused) return static_cast<int>(syscall(SYS_socket, domain, type, protocol));
+    errno = EMFILE;
+    return -1;
+}
 
 TEST(Socket, ReadsUntilThePeerClosesOrIsSilentOrTrickles) {
     Peer answering({[](int connection) {
@@ -180,11 +190,9 @@ TEST(TCPClient, TellsWhyItCouldNotConnect) {
                std::to_string(port) + ", code " + std::to_string(code) + ").";
     };
     const int closed = Peer().port;
-    EXPECT_TRUE(HoldsInChild([&] {
-        const rlimit none = {3, 3};
-        setrlimit(RLIMIT_NOFILE, &none);
-        return Raised([&] { Client(closed, "127.0.0.1"); }) == "512 Could not create TCP socket.";
-    }));
+    socketsAreRefused = true;
+    EXPECT_EQ(Raised([&] { Client(closed, "127.0.0.1"); }), "512 Could not create TCP socket.");
+    socketsAreRefused = false;
     Peer full({}, 0);  // its queue takes one or two, further ones get no answer
     std::list<Client> waiting;
     const auto start = Clock::now();
