@@ -262,12 +262,15 @@ TEST(HTTPStream, ReadsFromPythonsServer) {
 
 TEST(HTTPStream, FollowsRedirectsToAddressesAndPaths) {
     std::string request;
-    const Peer second({Replying("HTTP/1.0 301\nLocation: ../c\n\n"),
-                       Replying("HTTP/1.0 200\n\nend", DoNothing, &request)});
-    const std::string host = "localhost:" + std::to_string(second.port);
-    const Peer first(
-        {Replying("HTTP/1.0 302 Found\r\nLocation: HTTP://" + host + "/a/b/d#e\r\n\r\n")});
-    EXPECT_EQ(Result(RequestFor(first.port, "/", 2)), "200 end");
+    std::string host = "localhost:";
+    {  // the second has done with the request once it has gone
+        const Peer second({Replying("HTTP/1.0 301\nLocation: ../c\n\n"),
+                           Replying("HTTP/1.0 200\n\nend", DoNothing, &request)});
+        host += std::to_string(second.port);
+        const Peer first(
+            {Replying("HTTP/1.0 302 Found\r\nLocation: HTTP://" + host + "/a/b/d#e\r\n\r\n")});
+        EXPECT_EQ(Result(RequestFor(first.port, "/", 2)), "200 end");
+    }
     EXPECT_THAT(request, testing::StartsWith("GET /a/c HTTP/1.0\nHost: " + host + "\n"));
 }
 
