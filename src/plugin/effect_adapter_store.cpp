@@ -61,10 +61,9 @@ void MAudioEffectPluginToAudioPluginAdapter::StoreSettings(const MStoreVisitor& 
 
 // Always told: a state that says nothing of the quality leaves the present one.
 void MAudioEffectPluginToAudioPluginAdapter::StoreStandardSettings(const MStoreVisitor& visitor) {
-    MString quality = hqUpsampling.load(kRelaxed) != 0 ? "1" : "0";
-    visitor.Text("Sinc", quality, MString());
-    if (!visitor.storing && !quality.IsEmpty())
-        hqUpsampling.store(MString::ToInt64(quality) != 0, kRelaxed);
+    int quality = hqUpsampling.load(kRelaxed) != 0;
+    visitor.KeptNumber("Sinc", quality);
+    if (!visitor.storing) hqUpsampling.store(quality != 0, kRelaxed);
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::StoreDefaultSettings(const MStoreVisitor& visitor) {

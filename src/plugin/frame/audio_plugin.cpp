@@ -46,11 +46,16 @@ void MAudioPlugin::SetUpsampling(int factor) {
     const ProcessingPause pause(processingDisabled);
     {
         MLocker lock(processLock);
-        if (factor == upsampling) return;
-        UpsamplerAt(0).CheckFactor(factor);
-        upsampling = factor;
+        if (!TakeUpsampling(factor)) return;
     }
     InitProcessing();
+}
+
+bool MAudioPlugin::TakeUpsampling(int factor) {
+    if (factor == upsampling) return false;
+    UpsamplerAt(0).CheckFactor(factor);
+    upsampling = factor;
+    return true;
 }
 
 void MAudioPlugin::InitProcessing() {

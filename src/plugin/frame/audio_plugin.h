@@ -92,6 +92,8 @@ public:
     MString GetParameterSection(int index) override;
     MString GetParameterNameWithoutSection(int index) override;
     MString GetParameterID(int index) override;
+    // The index of the parameter with that identifier; -1 where there is none.
+    int FindParameter(const MString& identifier);
     MString GetParameterValueName(int index) override;
     MString GetParameterValueNameFrom01(int index, double position) override;
     bool ParseParameterValueName(int index, const MString& text) override;
@@ -214,9 +216,11 @@ protected:
     virtual void ClearEffect() = 0;
     virtual std::unique_ptr<MUpsampler> CreateUpsampler();
 
-    // Of Store, one behind the other: under stateLock, a load under processLock too. The general
-    // settings are the channel mode and the bypass here; who has others of them writes those among
-    // the two. StoreSettings, nothing here, is for the effect's and all that moves it.
+    // Of Store: under stateLock, a load under processLock too. All of it, which is the following
+    // two, one behind the other. The general settings are the channel mode and the bypass here; who
+    // has others of them writes those among the two. StoreSettings, nothing here, is for the
+    // effect's and all that moves it.
+    virtual void StoreWhole(const MStoreVisitor& visitor);
     virtual void StoreGeneralSettings(const MStoreVisitor& visitor);
     virtual void StoreSettings(const MStoreVisitor& visitor);
     void StoreChannelMode(const MStoreVisitor& visitor);
@@ -228,6 +232,13 @@ protected:
     // InitProcessing calls the first where it holds the locks and the second where it does not.
     void InitProcessingLocked();
     void TellLatencyIfChanged();
+    // The largest sub-block that is prepared for, in samples at the processing rate; 0 where the
+    // host has announced none.
+    int LargestSubBlock() const { return announcedBlockSize * upsampling; }
+
+    // Under processLock: SetUpsampling without the InitProcessing, which has to come behind it.
+    // Whether the factor is another one than before.
+    bool TakeUpsampling(int factor);
 
     // Under processLock, from here on.
     int blockLimit = kNoLimit;     // largest sub-block while something needs it

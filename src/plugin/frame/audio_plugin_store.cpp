@@ -25,8 +25,7 @@ bool MAudioPlugin::Store(const MStoreVisitor& visitor) {
             return true;
         }
         MLocker state(stateLock);
-        StoreGeneralSettings(visitor);
-        StoreSettings(visitor);
+        StoreWhole(visitor);
         return true;
     });
 }
@@ -36,14 +35,18 @@ void MAudioPlugin::Load(const MStoreVisitor& visitor) {
     {
         MLocker state(stateLock);
         MLocker process(processLock);
-        StoreGeneralSettings(visitor);
-        StoreSettings(visitor);
+        StoreWhole(visitor);
     }
     InitProcessing();
     ActualiseAfterLoading();
 }
 
 void MAudioPlugin::ActualiseAfterLoading() {}
+
+void MAudioPlugin::StoreWhole(const MStoreVisitor& visitor) {
+    StoreGeneralSettings(visitor);
+    StoreSettings(visitor);
+}
 
 void MAudioPlugin::StoreGeneralSettings(const MStoreVisitor& visitor) {
     StoreChannelMode(visitor);
@@ -85,10 +88,12 @@ void MAudioPlugin::StoreSurroundChannels(const MStoreVisitor& visitor) {
         surroundRequested[static_cast<std::size_t>(c)].store(digits[c] == u'1', kRelaxed);
 }
 
+// Several digits are the switches of bands, which old states kept under the same key.
 void MAudioPlugin::StoreBypass(const MStoreVisitor& visitor) {
-    bool isBypassed = bypassed.load(kRelaxed) != 0;
-    visitor.Flag("Bypass", isBypassed, false);
-    if (!visitor.storing) bypassed.store(isBypassed, kRelaxed);
+    MString digit = bypassed.load(kRelaxed) != 0 ? "1" : "0";
+    visitor.Text("Bypass", digit, "0");
+    if (visitor.storing) return;
+    bypassed.store(digit.Length() == 1 && digit[0] != u'0', kRelaxed);
 }
 
 void MAudioPlugin::LoadDefaultSettings(MAttribute& configuration) {
