@@ -21,7 +21,7 @@
 //     AnalogCrossover crossover;                        // one for all channels
 //     BuildAnalog(crossover, 3, limits, 48000, 1);
 //     AnalogCrossoverState left, right;                 // one for each channel
-//     ReserveAnalogState(left, blockSize);              // and right
+//     ReserveAnalogState(left);                         // and right
 //     RunAnalogBands(crossover, states, 2, inputs, outputs, count);
 //
 // Units    hertz, samples at the processing rate
@@ -29,8 +29,8 @@
 //          its filters are stable, from 1e-6 to 0.4999 of the sample rate; another one counts as
 //          the nearer of these ends, one that is not a number as the lower
 // Threads  the crossover and its states belong to one caller at a time
-// Memory   what ReserveAnalogState prepares is not allocated again. RunAnalogBand alone allocates
-//          all the same: the states of its filters, at their first use
+// Memory   after ReserveAnalogState neither RunAnalogBands nor RunAnalogAllPass allocates;
+//          RunAnalogBand does at its first use, after a clear and where blocks grow
 // Errors   std::bad_alloc
 // Method   S. H. Linkwitz, "Active Crossover Networks for Noncoincident Drivers", 1976, and
 //          all-passes for the bands further away; transposed direct form II in 64-bit floats
@@ -42,17 +42,18 @@ struct AnalogCrossover {
     // The filters of two neighbouring bands as lanes of one vector, in the order in which a sample
     // passes them.
     struct LaneTaps {
-        double b0[2];
-        double b1[2];
-        double b2[2];
-        double a1[2];  // a1, a2: inverted sign
-        double a2[2];
-        double guard[2];  // keeps the denormal guard in the output: it travels in the history
+        double b0[2] = {1, 1};
+        double b1[2] = {};
+        double b2[2] = {};
+        double a1[2] = {};  // a1, a2: inverted sign
+        double a2[2] = {};
+        double guard[2] = {};  // enters the history, from where it reaches the output
     };
     struct LanePair {
-        static constexpr int kMaxSections = 10 * MAudioFilters::FilterCascade::kRoom;
+        // Of the lowest band: five limits, each a cascade run twice.
+        static constexpr int kMaxSections = kMaxLimits * 2 * MAudioFilters::FilterCascade::kRoom;
 
-        int sections = 0;  // of the longer lane; further ones pass their input on
+        int sections = 0;  // of the longer lane; the shorter one ends with taps that change nothing
         LaneTaps taps[kMaxSections];
     };
     static constexpr int kMaxPairs = kMaxBands / 2;
@@ -91,8 +92,8 @@ struct AnalogCrossoverState {
 void BuildAnalog(AnalogCrossover& crossover, int bands, const double* frequencies,
                  double sampleRate, int mode);
 
-// Makes room for blocks of up to this many samples. Histories stay.
-void ReserveAnalogState(AnalogCrossoverState& state, int blockSize);
+// Makes room for RunAnalogBands and RunAnalogAllPass, blocks of any length. Histories stay.
+void ReserveAnalogState(AnalogCrossoverState& state);
 
 // Forgets what was heard.
 void ClearAnalogState(AnalogCrossoverState& state);
