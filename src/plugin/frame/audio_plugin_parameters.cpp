@@ -61,6 +61,12 @@ MString MAudioPlugin::GetParameterID(int index) {
         [](AutomationAdapter& adapter, int local) { return adapter.GetParameterID(local); });
 }
 
+int MAudioPlugin::FindParameter(const MString& identifier) {
+    for (int index = 0; index < GetParameterCount(); ++index)
+        if (GetParameterID(index).CompareNoCase(identifier) == 0) return index;
+    return -1;
+}
+
 MString MAudioPlugin::GetParameterValueName(int index) {
     return AskAdapter(
         "MAudioPlugin::GetParameterValueName", MString(), index,
