@@ -97,14 +97,21 @@ public:
     MString GetParameterValueName(int index) override;
     MString GetParameterValueNameFrom01(int index, double position) override;
     bool ParseParameterValueName(int index, const MString& text) override;
+    // As that, but answers the position and sets nothing; without one, position stays as it was.
+    bool ParsePositionFromText(int index, const MString& text, double& position);
     MString GetParameterUnitsName(int index) override;
     virtual bool IsParameterDiscrete(int index);
     ParameterType GetParameterType(int index) override;
     double GetParameterDefaultValue(int index) override;
     virtual bool IsParameterAvailable(int index);
+    // Whether a host may record it.
+    bool IsParameterAutomatable(int index) const;
     // Something was changed by the plug-in itself: tells the host.
     virtual void ParameterChanged(int index);
     void SendAutomation(int index, double position) override;
+    // Something that is no parameter was changed by the plug-in itself, or values that were not
+    // told one by one: tells the host. Not on the audio thread and under no lock.
+    void StateChanged();
 
     // Behind any change of the list of adapters; see AutomationTable. While nothing is processed.
     void RebuildAutomationTable();
@@ -139,6 +146,8 @@ public:
     // In samples at the processing rate.
     virtual int GetLatency();
     virtual int GetTailLength();  // -1: unknown
+    // The same in samples of the host. Takes processLock.
+    int GetReportedTailLength();
     // Tells the host. Not on the audio thread and under no lock.
     virtual void LatencyChanged();
     // Outputs of an upsampled block are limited to it; below 0: no limit.
@@ -182,6 +191,7 @@ public:
     bool hasEditor = false;
     bool automationCompatibility = true;  // order of the parameters, see AutomationTable
     int channelsPerBus = 2;
+    MString hostTag;                         // the interfaces through which a host uses it
     std::vector<MString> inputChannelNames;  // one per pin of the host
     std::vector<MString> outputChannelNames;
     MAudioPluginAdapter* hostAdapter = nullptr;  // not owned; null while there is none
@@ -336,7 +346,7 @@ private:
     GrowingBuffer<float> silenceInput;   // stands for missing host channels
     GrowingBuffer<float> scratchOutput;  // the same; never read
     int modeLatency = 0;
-    int announcedBlockSize = 0;
+    std::atomic<std::int32_t> announcedBlockSize = 0;
     std::atomic<std::int32_t> bypassLatency = 0;
     std::atomic<std::int32_t> toldLatency = 0;
 

@@ -87,6 +87,13 @@ bool MAudioPlugin::ParseParameterValueName(int index, const MString& text) {
                       });
 }
 
+bool MAudioPlugin::ParsePositionFromText(int index, const MString& text, double& newPosition) {
+    return AskAdapter("MAudioPlugin::ParsePositionFromText", false, index,
+                      [&](AutomationAdapter& adapter, int local) {
+                          return adapter.ParsePositionFromText(local, text, newPosition);
+                      });
+}
+
 MString MAudioPlugin::GetParameterUnitsName(int index) {
     return AskAdapter(
         "MAudioPlugin::GetParameterUnitsName", MString(), index,
@@ -110,10 +117,19 @@ double MAudioPlugin::GetParameterDefaultValue(int index) {
 
 bool MAudioPlugin::IsParameterAvailable(int) { return true; }
 
+bool MAudioPlugin::IsParameterAutomatable(int index) const {
+    return AskAdapter("MAudioPlugin::IsParameterAutomatable", false, index,
+                      [](AutomationAdapter& adapter, int) { return adapter.automatable; });
+}
+
 void MAudioPlugin::ParameterChanged(int index) { SendAutomation(index, GetParameter(index)); }
 
 void MAudioPlugin::SendAutomation(int index, double newPosition) {
     if (hostAdapter != nullptr) hostAdapter->SendAutomation(index, newPosition);
+}
+
+void MAudioPlugin::StateChanged() {
+    if (hostAdapter != nullptr) hostAdapter->StateChanged();
 }
 
 void MAudioPlugin::RebuildAutomationTable() { automation.Rebuild(automationCompatibility); }

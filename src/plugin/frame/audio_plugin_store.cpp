@@ -39,6 +39,7 @@ void MAudioPlugin::Load(const MStoreVisitor& visitor) {
     }
     InitProcessing();
     ActualiseAfterLoading();
+    StateChanged();
 }
 
 void MAudioPlugin::ActualiseAfterLoading() {}
