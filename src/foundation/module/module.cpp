@@ -36,9 +36,7 @@ bool MModule::Initialize() {
     return Guarded("MModule::Initialize", false, [&] {
         const MString file = GetLibraryFile();
         if (moduleName.IsEmpty()) moduleName = SplitPath(file).stem;
-        LoadGlobalResources();
         if (globalResources.Containers().empty()) AddArchive(file);
-        folders = FindUserFolders();
         configuration.Open(folders.settings);
         pluginConfiguration.Open(folders.settings);
         return true;

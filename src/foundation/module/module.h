@@ -22,13 +22,11 @@ public:
     MModule(const MModule&) = delete;
     MModule& operator=(const MModule&) = delete;
 
-    // Once. Derives the name, unless it is there already, brings the resources up, and reads the
-    // settings. False where it did not come to its end; files that are missing or broken don't
-    // matter.
+    // Once, behind the resources that are linked into the library: derives the name, unless it is
+    // there already, looks for a container beside the library where none is linked into it, and
+    // reads the settings. False where it did not come to its end; files that are missing or broken
+    // don't matter.
     virtual bool Initialize();
-
-    // Adds the containers that are linked into the library, once. None here.
-    virtual void LoadGlobalResources() {}
 
     // Files that all plug-ins of this family share, and those of one of them. Empty where the user
     // has no folder.
@@ -56,7 +54,7 @@ protected:
 private:
     void AddArchive(const MString& libraryFile);
 
-    UserFolders folders;
+    const UserFolders folders = FindUserFolders();
 };
 
 // Null until the first use of the library.
