@@ -131,6 +131,8 @@ public:
     // before the list of adapters is built.
     void LoadDefaultSettings(MAttribute& configuration);
     void SetDefaultSettingsToCurrent(MAttribute& configuration);
+    // That item, a new one where there is none.
+    static MAttribute& DefaultSettingsOf(MAttribute& configuration);
     // What the editor is to be handled with.
     enum class EditorMode { Mouse, Tablet };
     EditorMode GetEditorMode();

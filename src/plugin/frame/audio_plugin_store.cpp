@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr const char* kDefaultSettingsItem = "MAudioPluginSettings";
 constexpr int kFewestSurroundChannels = 3;
 
 // The mode of that name; otherwise where there is none.
@@ -100,20 +99,21 @@ void MAudioPlugin::StoreBypass(const MStoreVisitor& visitor) {
 void MAudioPlugin::LoadDefaultSettings(MAttribute& configuration) {
     Guarded("MAudioPlugin::LoadDefaultSettings", [&] {
         MLocker state(stateLock);
-        MAttribute none;
-        StoreDefaultSettings({false, configuration.HasSubItem(kDefaultSettingsItem)
-                                         ? configuration.GetCachedSubItem()
-                                         : none});
+        StoreDefaultSettings({false, DefaultSettingsOf(configuration)});
     });
 }
 
 void MAudioPlugin::SetDefaultSettingsToCurrent(MAttribute& configuration) {
     Guarded("MAudioPlugin::SetDefaultSettingsToCurrent", [&] {
         MLocker state(stateLock);
-        StoreDefaultSettings({true, configuration.HasSubItem(kDefaultSettingsItem)
-                                        ? configuration.GetCachedSubItem()
-                                        : configuration.AddSubItem(kDefaultSettingsItem)});
+        StoreDefaultSettings({true, DefaultSettingsOf(configuration)});
     });
+}
+
+MAttribute& MAudioPlugin::DefaultSettingsOf(MAttribute& configuration) {
+    constexpr const char* kItem = "MAudioPluginSettings";
+    if (configuration.HasSubItem(kItem)) return configuration.GetCachedSubItem();
+    return configuration.AddSubItem(kItem);
 }
 
 void MAudioPlugin::StoreDefaultSettings(const MStoreVisitor& visitor) {
