@@ -146,6 +146,8 @@ protected:
     virtual void InitProcessingActivePresets();
     virtual void InitProcessing_UnLockedPart();
     virtual void InitProcessingGUI();
+    // Any thread: has UpdateEditor called on the user-interface thread soon.
+    void RequestEditorUpdate() { updateEditorCall.Request(editorFactory); }
     virtual void UpdateMaxBufferSize();
 
     // Of Process: before the effects, the effects themselves, and behind them.
