@@ -45,11 +45,11 @@ public:
 
 protected:
     std::int32_t Run() override {
-        for (;;) {
-            const std::uint32_t seen = pending;
+        for (std::uint32_t seen = 0;;) {
+            pending.wait(seen);
+            seen = pending;
             if (IsTerminating()) return 0;
             work();
-            pending.wait(seen);
         }
     }
 
