@@ -113,7 +113,7 @@ void SetLane(AnalogCrossover& crossover, int band) {
 }
 
 void SetStructure(AnalogCrossover& crossover, int bands, int mode) {
-    if (crossover.structure != 0 && crossover.bands == bands && crossover.doubled == mode) return;
+    if (crossover.bands == bands && crossover.doubled == mode) return;
     ++crossover.structure;
     crossover.bands = bands;
     crossover.doubled = mode;
