@@ -93,7 +93,7 @@ TEST(AnalogCrossover, HasTheResponsesOfItsFormulas) {
         const int mode = i % kModes, bands = i / kModes + 2;
         const double sampleRate = kRates[i % 7 % 3];
         SCOPED_TRACE(testing::Message() << bands << " bands, mode " << mode);
-        const ReferenceCrossover reference = {mode, sampleRate, {kLimits, kLimits + bands - 1}};
+        const ReferenceCrossover reference = {mode, sampleRate, {kLimits, kLimits + (bands - 1)}};
         const Audio outputs = Splitter(reference.limits, sampleRate, mode).RunAll(impulse);
         for (const double frequency : {15., 150., 700., 1000., 2500., 6000., 20000.}) {
             Complex sum = 0;
