@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "dsp/processor.h"
+
 // Reads of circular lines at fractional positions, many at once.
 //
 // cubic    4-point Catmull-Rom polynomial, in 32-bit arithmetic
@@ -48,11 +50,6 @@ struct VoiceReads {
     // As sinc, before narrowing: for comparing variants.
     void (*sincSums)(const LineView& line, const ReadPoints& points, double* out);
 };
-
-enum class ProcessorVariant { Baseline, Avx2, Avx512 };
-
-// Whether this processor and system run a variant.
-bool HasProcessorVariant(ProcessorVariant variant);
 
 // The best that this processor runs.
 const VoiceReads& GetVoiceReads();

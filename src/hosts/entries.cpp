@@ -6,9 +6,28 @@
 #include <cstdint>
 
 #include "effect/chorus_entry.h"
+#include "hosts/startup/startup.h"
+
+#pragma GCC visibility push(default)
+extern "C" {
+
+// VST 3's entry and exit of the library, by two names, as often as a host likes. What there is to
+// start is started by the first instance, and stays.
+bool ModuleEntry(void*) { return true; }
+bool ModuleExit() { return true; }
+bool InitDll() { return true; }
+bool ExitDll() { return true; }
 
 // The effect's entry for a frame in another library: a PluginEntry.
-extern "C" __attribute__((visibility("default"))) std::intptr_t FennirAudioEffectPluginInterface(
-    MPlugin* object, int code, PluginArguments& arguments) {
+std::intptr_t FennirAudioEffectPluginInterface(MPlugin* object, int code,
+                                               PluginArguments& arguments) {
     return ChorusEntry(object, code, arguments);
 }
+
+// For a sibling library that loads this one: a LibraryEntry.
+MModule* LattenkitDLLInitialize(const LibraryContext* context) {
+    return EnterLattenkitLibrary(context);
+}
+
+}  // extern "C"
+#pragma GCC visibility pop

@@ -4,7 +4,10 @@
 
 #include "plugin/effect_adapter.h"
 
+#include <cmath>
+
 #include "foundation/objects/guarded.h"
+#include "foundation/objects/tolerances.h"
 #include "foundation/text/string_formatter.h"
 #include "plugin/frame/meter_sink.h"
 #include "plugin/frame/preset_services.h"
@@ -35,7 +38,7 @@ MAudioEffectPluginToAudioPluginAdapter::~MAudioEffectPluginToAudioPluginAdapter(
     Guarded("MAudioEffectPluginToAudioPluginAdapter::~MAudioEffectPluginToAudioPluginAdapter", [&] {
         processingDisabled.fetch_add(1);
         DestroyEditor();
-        DiscardEffect();
+        DiscardOwnEffect();
     });
 }
 
@@ -45,40 +48,50 @@ void MAudioEffectPluginToAudioPluginAdapter::Initialize(const MString& effectNam
     displayName = newDisplayName;
     surroundActivated = options.surround;
     if (options.configuration != nullptr) LoadDefaultSettings(*options.configuration);
-    effectHost = MPluginSystem::CreateOrRaise(effectName, entry);
     try {
-        BindEffect();
+        CreateEffects(effectName, entry);
         CreatePins();
         InitParameters();
         RebuildAutomationTable();
         UpdateMaxBufferSize();
     } catch (...) {
-        DiscardEffect();
+        DiscardEffects();
         throw;
     }
 }
 
-void MAudioEffectPluginToAudioPluginAdapter::BindEffect() {
-    effect = effectHost->Effect();
-    effect->hqFlag = &hqUpsampling;
-    PluginDescriptor& descriptor = effect->descriptor;
-    descriptor.lock = &processLock;
-    transportDirty = HasFlag(descriptor.flags[0], PluginDescriptor::kUsesHostTime);
+void MAudioEffectPluginToAudioPluginAdapter::CreateEffects(const MString& effectName,
+                                                           PluginEntry entry) {
+    effectHost = MPluginSystem::CreateOrRaise(effectName, entry);
+    BindEffect(*effectHost, kAllMIDIChannels);
+    TakeDescriptor(*effectHost->Effect());
+}
+
+void MAudioEffectPluginToAudioPluginAdapter::BindEffect(MAudioEffectPluginHost& host,
+                                                        std::uint16_t midiChannels) {
+    MAudioEffectPlugin& bound = *host.Effect();
+    bound.hqFlag = &hqUpsampling;
+    bound.descriptor.lock = &processLock;
+    if (bound.descriptor.midiProcessor != nullptr)
+        AddListener(*bound.descriptor.midiProcessor, midiChannels);
+    SetCallbacks(host);
+}
+
+void MAudioEffectPluginToAudioPluginAdapter::TakeDescriptor(MAudioEffectPlugin& first) {
+    effect = &first;
+    transportDirty = HasFlag(first.descriptor.flags[0], PluginDescriptor::kUsesHostTime);
     usesHostTime = usesHostTime || transportDirty;
-    sideChainMetering = HasFlag(descriptor.flags[1], PluginDescriptor::kMetersInput);
-    if (descriptor.midiProcessor != nullptr)
-        AddListener(*descriptor.midiProcessor, kAllMIDIChannels);
-    SetCallbacks();
+    sideChainMetering = HasFlag(first.descriptor.flags[1], PluginDescriptor::kMetersInput);
 }
 
 // The effect calls these on whatever thread it is changed on, the audio thread included.
-void MAudioEffectPluginToAudioPluginAdapter::SetCallbacks() {
+void MAudioEffectPluginToAudioPluginAdapter::SetCallbacks(MAudioEffectPluginHost& host) {
     using Callback = MAudioEffectPluginHost::Callback;
-    effectHost->owner = this;
+    host.owner = this;
     // What can be edited has changed.
-    effectHost->SetCallback(
-        Callback::OnStateChanged, [](MAudioEffectPluginHost& host, PluginArguments&) {
-            auto* const plugin = static_cast<MAudioEffectPluginToAudioPluginAdapter*>(host.owner);
+    host.SetCallback(
+        Callback::OnStateChanged, [](MAudioEffectPluginHost& caller, PluginArguments&) {
+            auto* const plugin = static_cast<MAudioEffectPluginToAudioPluginAdapter*>(caller.owner);
             return std::intptr_t{plugin->updateEditorCall.Request(plugin->editorFactory)};
         });
 }
@@ -99,25 +112,44 @@ void MAudioEffectPluginToAudioPluginAdapter::CreatePins() {
 
 void MAudioEffectPluginToAudioPluginAdapter::InitParameters() {
     AddEffectParameters({this, {}, {}, false}, *effect, automation, effectParameters);
+    AddPresetTriggers();
+}
+
+void MAudioEffectPluginToAudioPluginAdapter::AddPresetTriggers() {
     AddTrigger(presetTriggerPrevious, "Preset trigger - previous");
     AddTrigger(presetTriggerNext, "Preset trigger - next");
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::AddTrigger(PresetTrigger& trigger, const char* name) {
-    constexpr int kOfNoList = 0;
     trigger.record.SetFloat(name, name, 0, 1, 0);
     trigger.record.Clear(ParameterFlag::kUpdates | ParameterFlag::kRandomizes);
-    automation.Add(MakeParameterAdapter<ParameterBaseCustom>({this, {}, {}, false}, trigger.record,
-                                                             kOfNoList));
+    AddOwnParameter(trigger.record);
 }
 
-void MAudioEffectPluginToAudioPluginAdapter::DiscardEffect() {
+ParameterBaseCustom& MAudioEffectPluginToAudioPluginAdapter::AddOwnParameter(
+    ParameterRecord& record) {
+    constexpr int kOfNoList = 0;
+    return static_cast<ParameterBaseCustom&>(automation.Add(
+        MakeParameterAdapter<ParameterBaseCustom>({this, {}, {}, false}, record, kOfNoList)));
+}
+
+void MAudioEffectPluginToAudioPluginAdapter::DiscardEffects() { DiscardOwnEffect(); }
+
+void MAudioEffectPluginToAudioPluginAdapter::DiscardOwnEffect() {
     ClearAutomationAdapters();
     effectParameters.Clear();
-    if (effect != nullptr && effect->descriptor.midiProcessor != nullptr)
-        RemoveListener(*effect->descriptor.midiProcessor);
+    if (effectHost != nullptr) ReleaseEffect(*effectHost->Effect());
     effect = nullptr;
     effectHost.reset();
+}
+
+void MAudioEffectPluginToAudioPluginAdapter::ReleaseEffect(MAudioEffectPlugin& released) {
+    if (released.descriptor.midiProcessor != nullptr)
+        RemoveListener(*released.descriptor.midiProcessor);
+}
+
+std::span<MAudioEffectPlugin* const> MAudioEffectPluginToAudioPluginAdapter::AllEffects() const {
+    return {&effect, effect != nullptr ? std::size_t{1} : 0};
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::InitProcessing() {
@@ -140,11 +172,12 @@ void MAudioEffectPluginToAudioPluginAdapter::InitProcessing_LockedPart() {
     Guarded("MAudioEffectPluginToAudioPluginAdapter::InitProcessing_LockedPart", [&] {
         InitProcessingLocked();
         midSideMode.store(IsMidSideMode(channelModeActive), kRelaxed);
-        if (effect == nullptr) return;
-        effect->Prepare(processingOutputs, sampleRate);
-        effect->RequestUpdate();
-        effect->UpdateIfNeeded();
-        effect->ResetParameters();
+        for (MAudioEffectPlugin* const prepared : AllEffects()) {
+            prepared->Prepare(processingOutputs, sampleRate);
+            prepared->RequestUpdate();
+            prepared->UpdateIfNeeded();
+            prepared->ResetParameters();
+        }
         UpdateMaxBufferSize();
     });
 }
@@ -159,24 +192,29 @@ void MAudioEffectPluginToAudioPluginAdapter::InitProcessing_UnLockedPart() {}
 
 void MAudioEffectPluginToAudioPluginAdapter::InitProcessingGUI() {
     Guarded("MAudioEffectPluginToAudioPluginAdapter::InitProcessingGUI", [&] {
-        if (effect != nullptr) effect->InitGUI();
-        MLocker process(processLock);
-        const int shown = std::clamp<int>(hostOutputs - channelOffset, 0, channelCount);
-        process.Release();
-        meters.ForEach([shown](MMeterSink& meter) { meter.Resize(shown); });
+        for (MAudioEffectPlugin* const shown : AllEffects()) shown->InitGUI();
+        meters.ForEach([shown = ShownChannels()](MMeterSink& meter) { meter.Resize(shown); });
     });
+}
+
+int MAudioEffectPluginToAudioPluginAdapter::ShownChannels() {
+    MLocker process(processLock);
+    return std::clamp<int>(hostOutputs - channelOffset, 0, channelCount);
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::UpdateMaxBufferSize() {
     Guarded("MAudioEffectPluginToAudioPluginAdapter::UpdateMaxBufferSize", [&] {
         MLocker process(processLock);
-        maxBlockSize = std::max(effect->maxBlockSize, 1);
+        int smallest = kNoLimit;
+        for (const MAudioEffectPlugin* const used : UsedEffects())
+            smallest = std::min(smallest, used->maxBlockSize);
+        maxBlockSize = std::max(smallest, 1);
     });
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::ActualiseAfterLoading() {
     Guarded("MAudioEffectPluginToAudioPluginAdapter::ActualiseAfterLoading", [&] {
-        if (effect != nullptr) effect->Update();
+        for (MAudioEffectPlugin* const used : UsedEffects()) used->Update();
         updateEditorCall.Request(editorFactory);
         if (presets != nullptr) presets->ActualiseActivePresetsAfterLoading();
     });
@@ -208,13 +246,31 @@ int MAudioEffectPluginToAudioPluginAdapter::GetTailLength() {
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::ParametersChanged() {
-    if (effect != nullptr) effect->RequestUpdate();
+    for (MAudioEffectPlugin* const used : UsedEffects()) used->RequestUpdate();
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::ProcessUpdate() {
     Guarded("MAudioEffectPluginToAudioPluginAdapter::ProcessUpdate", [&] {
-        if (effect != nullptr) effect->ProcessUpdate();
+        for (MAudioEffectPlugin* const used : UsedEffects()) used->ProcessUpdate();
     });
+}
+
+void MAudioEffectPluginToAudioPluginAdapter::GenerateRandomSettings(double amount) {
+    Guarded("MAudioEffectPluginToAudioPluginAdapter::GenerateRandomSettings", [&] {
+        {
+            const ProcessingPause pause(processingDisabled);
+            MLocker state(stateLock);
+            MLocker process(processLock);
+            Randomize(amount);
+        }
+        updateEditorCall.Request(editorFactory);
+    });
+}
+
+void MAudioEffectPluginToAudioPluginAdapter::Randomize(double amount) {
+    for (const auto& adapter : automation.Adapters()) adapter->Randomize(amount);
+    if (std::abs(amount - 1) >= kSameParameter) return;
+    for (MAudioEffectPlugin* const used : UsedEffects()) used->Update();
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::SetMeters(const Meters& newMeters) {

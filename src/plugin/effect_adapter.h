@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include "parameters/effect_parameters.h"
 #include "plugin/contract/plugin_host.h"
@@ -82,6 +83,10 @@ public:
 
     void ActualiseAfterLoading() override;
 
+    // New values for all parameters that take part; amount 0..1, exactly 1 makes them from nothing,
+    // less moves them. The host is not told.
+    void GenerateRandomSettings(double amount);
+
     // Each at least 1.
     int GetProcessingInputChannels() override;
     int GetProcessingOutputChannels() override;
@@ -114,32 +119,59 @@ protected:
     void StoreStandardSettings(const MStoreVisitor& visitor);
     void StoreDefaultSettings(const MStoreVisitor& visitor) override;
 
+    // Of Initialize, in order. What is raised out of them ends in DiscardEffects.
+    virtual void CreateEffects(const MString& effectName, PluginEntry entry);
     // Makes an adapter for each parameter, in the order in which the host sees them.
     virtual void InitParameters();
+    virtual void DiscardEffects();
+
+    // Those there are, and those that run. None where Initialize has failed.
+    virtual std::span<MAudioEffectPlugin* const> AllEffects() const;
+    virtual std::span<MAudioEffectPlugin* const> UsedEffects() const { return AllEffects(); }
+
+    // Lends an effect what it needs; it hears the MIDI channels of the mask.
+    void BindEffect(MAudioEffectPluginHost& host, std::uint16_t midiChannels);
+    // What the effects ask of the plug-in, told by one of them, which becomes `effect`.
+    void TakeDescriptor(MAudioEffectPlugin& first);
+    void ReleaseEffect(MAudioEffectPlugin& released);
+    void AddPresetTriggers();
+    // A parameter of the plug-in's own, behind all others.
+    ParameterBaseCustom& AddOwnParameter(ParameterRecord& record);
+
+    // Of GenerateRandomSettings, under both locks.
+    virtual void Randomize(double amount);
+
     // Of InitProcessing: under both locks, behind them, and on the user-interface thread.
     virtual void InitProcessing_LockedPart();
     virtual void InitProcessingActivePresets();
     virtual void InitProcessing_UnLockedPart();
     virtual void InitProcessingGUI();
+    // Any thread: has UpdateEditor called on the user-interface thread soon.
+    void RequestEditorUpdate() { updateEditorCall.Request(editorFactory); }
     virtual void UpdateMaxBufferSize();
 
-    // Of Process: before the effect and behind it.
+    // Of Process: before the effects, the effects themselves, and behind them.
     virtual void PrepareForProcessing(const float* const* inputs, int sampleCount);
+    virtual void ProcessBlock(float** inputs, float** outputs, int sampleCount);
     virtual void PrepareForProcessing(const float* const* inputs, const float* const* outputs,
                                       int sampleCount);
+    // The levels of a bus; of silence where bus is null. meter may be null.
+    void FeedMeter(MMeterSink* meter, const float* const* bus, int channels, int sampleCount) const;
+    // How many channels meters have to show. Takes processLock.
+    int ShownChannels();
 
-    std::unique_ptr<MAudioEffectPluginHost> effectHost;
-    MAudioEffectPlugin* effect = nullptr;  // effectHost's
+    std::unique_ptr<MAudioEffectPluginHost> effectHost;  // null where a plug-in has several
+    MAudioEffectPlugin* effect = nullptr;                // speaks for all; null while there is none
     ParameterAdapterMap effectParameters;
 
     // Under processLock.
     TransportInfo transport;      // of the present sub-block
     bool transportDirty = false;  // the effect wants to know it
-    int maxBlockSize = 1;         // the effect's
+    int maxBlockSize = 1;         // the smallest of the effects'
 
     // Of stored states. The first is that of states that tell none.
     static constexpr std::int32_t kOldestStateVersion = 0x50300;
-    static constexpr std::int32_t kStateVersion = 0x50301;
+    static constexpr std::int32_t kStateVersion = 0x60000;
 
     // Under stateLock.
     std::int32_t loadedVersion = kStateVersion;  // of the state that was loaded last
@@ -167,10 +199,9 @@ private:
         bool HasRisen();
     };
 
-    void BindEffect();
-    void SetCallbacks();
+    void SetCallbacks(MAudioEffectPluginHost& host);
     void CreatePins();
-    void DiscardEffect();
+    void DiscardOwnEffect();
     void AddTrigger(PresetTrigger& trigger, const char* name);
 
     void StoreVersion(const MStoreVisitor& visitor);
@@ -179,7 +210,6 @@ private:
     void StepPreset(int steps);
     void ServePresetStep();
     void TakeTransport();
-    void FeedMeter(MMeterSink* meter, const float* const* bus, int channels, int sampleCount) const;
 
     PresetTrigger presetTriggerPrevious;
     PresetTrigger presetTriggerNext;

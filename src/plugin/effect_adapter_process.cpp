@@ -70,10 +70,15 @@ void MAudioEffectPluginToAudioPluginAdapter::Process(float** inputs, float** out
             return;
         }
         PrepareForProcessing(inputs, sampleCount);
-        effect->UpdateIfNeeded();
-        effect->Process(transport, inputs, outputs, sampleCount);
+        ProcessBlock(inputs, outputs, sampleCount);
         PrepareForProcessing(inputs, outputs, sampleCount);
     });
+}
+
+void MAudioEffectPluginToAudioPluginAdapter::ProcessBlock(float** inputs, float** outputs,
+                                                          int sampleCount) {
+    effect->UpdateIfNeeded();
+    effect->Process(transport, inputs, outputs, sampleCount);
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::PrepareForProcessing(const float* const* inputs,
@@ -109,7 +114,7 @@ void MAudioEffectPluginToAudioPluginAdapter::FeedMeter(MMeterSink* meter, const 
     if (meter == nullptr) return;
     const int end = std::min(channels, channelOffset + channelCount);
     for (int c = channelOffset; c < end; ++c)
-        meter->Feed(c - channelOffset, LevelOf(bus[c], sampleCount));
+        meter->Feed(c - channelOffset, bus != nullptr ? LevelOf(bus[c], sampleCount) : 0);
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::FinishBlock(float**, float**, int, bool) {
@@ -120,5 +125,5 @@ void MAudioEffectPluginToAudioPluginAdapter::FinishBlock(float**, float**, int, 
 void MAudioEffectPluginToAudioPluginAdapter::ProcessBypassed(float*, int, int) {}
 
 void MAudioEffectPluginToAudioPluginAdapter::ClearEffect() {
-    if (effect != nullptr) effect->Clear();
+    for (MAudioEffectPlugin* const cleared : AllEffects()) cleared->Clear();
 }

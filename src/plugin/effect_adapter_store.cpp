@@ -2,19 +2,8 @@
 
 // What songs, presets and the user's configuration keep of a plug-in around an effect.
 
-#include "foundation/xml/store_visitor.h"
 #include "plugin/effect_adapter.h"
-
-namespace {
-
-template <typename Value>
-void StoreWord(const MStoreVisitor& visitor, const char* key, std::atomic<Value>& word) {
-    Value value = word.load(std::memory_order_relaxed);
-    visitor.Number<Value>(key, value, Value{});
-    if (!visitor.storing) word.store(value, std::memory_order_relaxed);
-}
-
-}  // namespace
+#include "plugin/stored_words.h"
 
 void MAudioEffectPluginToAudioPluginAdapter::StoreGeneralSettings(const MStoreVisitor& visitor) {
     StoreVersion(visitor);
@@ -61,10 +50,7 @@ void MAudioEffectPluginToAudioPluginAdapter::StoreSettings(const MStoreVisitor& 
 
 // Always told: a state that says nothing of the quality leaves the present one.
 void MAudioEffectPluginToAudioPluginAdapter::StoreStandardSettings(const MStoreVisitor& visitor) {
-    MString quality = hqUpsampling.load(kRelaxed) != 0 ? "1" : "0";
-    visitor.Text("Sinc", quality, MString());
-    if (!visitor.storing && !quality.IsEmpty())
-        hqUpsampling.store(MString::ToInt64(quality) != 0, kRelaxed);
+    KeepWord(visitor, "Sinc", hqUpsampling);
 }
 
 void MAudioEffectPluginToAudioPluginAdapter::StoreDefaultSettings(const MStoreVisitor& visitor) {

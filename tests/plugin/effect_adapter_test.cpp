@@ -272,11 +272,11 @@ TEST(PluginState, MakesAnyPluginSoundTheSame) {
 
 TEST(PluginState, TellsWhatIsNotStandardAndTakesWhatItFinds) {
     const char* const full =
-        R"(<settings Version="328449" ChannelMode="Left + Right" ControllersEnabled="1"
+        R"(<settings Version="393216" ChannelMode="Left + Right" ControllersEnabled="1"
            NoteControllersEnabled="1" Bypass="1" MaxLFOBlockSize="8" Number="0.75" Sinc="1">
            <PreviousNextPresetController Enabled="1" Controller="7" Channel="16"/></settings>)";
     const char* const standard =
-        R"(<settings Version="328449" ChannelMode="Left + Right" Sinc="1">
+        R"(<settings Version="393216" ChannelMode="Left + Right" Sinc="1">
            <PreviousNextPresetController/></settings>)";
     const auto spaceless = [](std::string text) {
         std::erase_if(text, [](char c) { return c == ' ' || c == '\n' || c == '\r'; });
@@ -284,7 +284,7 @@ TEST(PluginState, TellsWhatIsNotStandardAndTakesWhatItFinds) {
     };
     Plugin plugin([](ProbeEffect&) {});
     for (const auto& [loaded, expected, protection, loadedVersion] :
-         {std::tuple(full, full, 8, 0x50301),
+         {std::tuple(full, full, 8, 0x60000),
           {"<foreign Unknown=\"1\"><band0/></foreign>", standard, 256, 0x50300}}) {
         EXPECT_TRUE(plugin.Load(loaded));
         EXPECT_EQ(spaceless(plugin.Stored()), spaceless(expected));

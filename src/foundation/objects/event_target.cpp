@@ -4,10 +4,19 @@
 #include "foundation/objects/event_base.h"
 #include "foundation/objects/lock.h"
 
+namespace {
+
+MLock* sharedLock = nullptr;  // another library's
+
+}  // namespace
+
 MLock& EventLock() {
+    if (sharedLock != nullptr) return *sharedLock;
     static MLock* const lock = new MLock;  // leaked: static objects die in an order nobody knows
     return *lock;
 }
+
+void ShareEventLock(MLock& lock) { sharedLock = &lock; }
 
 MEventTarget::~MEventTarget() {
     // Held throughout: an event that is destroyed on another thread waits in its destructor until

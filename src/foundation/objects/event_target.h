@@ -11,6 +11,8 @@ class MLock;
 // events, every processor's array. The innermost lock of the system, held for list surgery only and
 // never while a handler runs. It is never destroyed, so that events in static objects can still be.
 MLock& EventLock();
+// Takes the lock of another library in its place, before there is any event. It stays for ever.
+void ShareEventLock(MLock& lock);
 
 // Anything that can receive events. Its destructor disconnects it from each of them.
 //

@@ -17,6 +17,7 @@ enum class FileMode {
     Write,      // created or emptied
     Update,     // what is there, both ways
     Exclusive,  // to write, created; fails where something has that name
+    Private,    // the same, for the user alone
 };
 
 // Null on failure; a directory is no file.

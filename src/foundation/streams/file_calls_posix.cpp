@@ -38,7 +38,9 @@ bool IsDirectory(int descriptor) {
 std::FILE* OpenFile(const MString& path, FileMode mode) {
     const OpenWords words = WordsFor(mode);
     constexpr mode_t kEverybody = 0666;  // less the mask of the process
-    const int descriptor = open(path.ToUtf8().c_str(), words.flags | O_CLOEXEC, kEverybody);
+    constexpr mode_t kOwner = 0600;
+    const int descriptor = open(path.ToUtf8().c_str(), words.flags | O_CLOEXEC,
+                                mode == FileMode::Private ? kOwner : kEverybody);
     if (descriptor < 0) return nullptr;
     std::FILE* const file = IsDirectory(descriptor) ? nullptr : fdopen(descriptor, words.mode);
     if (file == nullptr) close(descriptor);

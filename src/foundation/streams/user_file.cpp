@@ -39,8 +39,10 @@ MString FolderOf(const MString& path) {
 // it is not.
 class TemporaryFile : public MStdFileStream {
 public:
-    TemporaryFile(const MString& path, const MString& shownName) : path(path) {
-        std::FILE* const file = Create();
+    TemporaryFile(const MString& path, const MString& shownName, UserFileAccess access)
+        : path(path) {
+        std::FILE* const file =
+            Create(access == UserFileAccess::OwnerOnly ? FileMode::Private : FileMode::Exclusive);
         if (file == nullptr)
             throw MException(
                 MStringFormatter("File \"{0}\" could not be created. Make sure there is no "
@@ -77,7 +79,7 @@ private:
 
     // Names that a crash left behind are passed over. They are short: a file's name may be as long
     // as the system takes it.
-    std::FILE* Create() {
+    std::FILE* Create(FileMode mode) {
         static std::atomic<std::uint32_t> counter = 0;
         constexpr int kAttempts = 100;
         if (!IsWritable(path)) return nullptr;
@@ -85,7 +87,7 @@ private:
         for (int i = 0; file == nullptr && i < kAttempts; ++i) {
             temporary = MStringFormatter("{0}.{1}-{2}.tmp")
                         << FolderOf(path) << ProcessNumber() << counter.fetch_add(1);
-            file = OpenFile(temporary, FileMode::Exclusive);
+            file = OpenFile(temporary, mode);
         }
         return file;
     }
@@ -96,8 +98,9 @@ private:
 
 }  // namespace
 
-void WriteUserFile(const MString& path, const std::function<void(MStream&)>& write) {
-    TemporaryFile file(FollowLink(path), path);
+void WriteUserFile(const MString& path, const std::function<void(MStream&)>& write,
+                   UserFileAccess access) {
+    TemporaryFile file(FollowLink(path), path, access);
     write(file);
     file.Keep();
 }

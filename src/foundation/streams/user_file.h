@@ -16,5 +16,9 @@
 //          there is then as it was
 // Method   a temporary file in the same folder, brought to the medium, then renamed
 
+// Who may read a file that is new.
+enum class UserFileAccess { Everybody, OwnerOnly };
+
 // A link leads to the file that is replaced; the new one has the permissions of the old one.
-void WriteUserFile(const MString& path, const std::function<void(MStream&)>& write);
+void WriteUserFile(const MString& path, const std::function<void(MStream&)>& write,
+                   UserFileAccess access = UserFileAccess::Everybody);

@@ -34,6 +34,13 @@ struct MStoreVisitor {
         WideNumber(key, number, static_cast<std::int64_t>(standard));
         value = static_cast<Integer>(number);
     }
+    // Always written; an absent one leaves the value.
+    template <std::integral Integer>
+    void KeptNumber(const MString& key, Integer& value) const {
+        MString text = MString::FromInt(value);
+        Text(key, text, MString());
+        if (!storing && !text.IsEmpty()) value = static_cast<Integer>(MString::ToInt64(text));
+    }
     // "1" or "0"; any other number reads as true.
     void Flag(const MString& key, bool& value, bool standard) const;
 

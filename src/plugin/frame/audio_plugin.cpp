@@ -46,11 +46,16 @@ void MAudioPlugin::SetUpsampling(int factor) {
     const ProcessingPause pause(processingDisabled);
     {
         MLocker lock(processLock);
-        if (factor == upsampling) return;
-        UpsamplerAt(0).CheckFactor(factor);
-        upsampling = factor;
+        if (!TakeUpsampling(factor)) return;
     }
     InitProcessing();
+}
+
+bool MAudioPlugin::TakeUpsampling(int factor) {
+    if (factor == upsampling) return false;
+    UpsamplerAt(0).CheckFactor(factor);
+    upsampling = factor;
+    return true;
 }
 
 void MAudioPlugin::InitProcessing() {
@@ -194,6 +199,12 @@ void MAudioPlugin::SetProgramName(const MString&) {}
 int MAudioPlugin::GetLatency() { return 0; }
 
 int MAudioPlugin::GetTailLength() { return -1; }
+
+int MAudioPlugin::GetReportedTailLength() {
+    MLocker lock(processLock);
+    const int length = GetTailLength();
+    return length < 0 ? -1 : length / upsampling;
+}
 
 void MAudioPlugin::LatencyChanged() {
     if (hostAdapter != nullptr) hostAdapter->UpdateLatency();

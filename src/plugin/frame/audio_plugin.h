@@ -92,17 +92,26 @@ public:
     MString GetParameterSection(int index) override;
     MString GetParameterNameWithoutSection(int index) override;
     MString GetParameterID(int index) override;
+    // The index of the parameter with that identifier; -1 where there is none.
+    int FindParameter(const MString& identifier);
     MString GetParameterValueName(int index) override;
     MString GetParameterValueNameFrom01(int index, double position) override;
     bool ParseParameterValueName(int index, const MString& text) override;
+    // As that, but answers the position and sets nothing; without one, position stays as it was.
+    bool ParsePositionFromText(int index, const MString& text, double& position);
     MString GetParameterUnitsName(int index) override;
     virtual bool IsParameterDiscrete(int index);
     ParameterType GetParameterType(int index) override;
     double GetParameterDefaultValue(int index) override;
     virtual bool IsParameterAvailable(int index);
+    // Whether a host may record it.
+    bool IsParameterAutomatable(int index) const;
     // Something was changed by the plug-in itself: tells the host.
     virtual void ParameterChanged(int index);
     void SendAutomation(int index, double position) override;
+    // Something that is no parameter was changed by the plug-in itself, or values that were not
+    // told one by one: tells the host. Not on the audio thread and under no lock.
+    void StateChanged();
 
     // Behind any change of the list of adapters; see AutomationTable. While nothing is processed.
     void RebuildAutomationTable();
@@ -122,6 +131,8 @@ public:
     // before the list of adapters is built.
     void LoadDefaultSettings(MAttribute& configuration);
     void SetDefaultSettingsToCurrent(MAttribute& configuration);
+    // That item, a new one where there is none.
+    static MAttribute& DefaultSettingsOf(MAttribute& configuration);
     // What the editor is to be handled with.
     enum class EditorMode { Mouse, Tablet };
     EditorMode GetEditorMode();
@@ -137,6 +148,8 @@ public:
     // In samples at the processing rate.
     virtual int GetLatency();
     virtual int GetTailLength();  // -1: unknown
+    // The same in samples of the host. Takes processLock.
+    int GetReportedTailLength();
     // Tells the host. Not on the audio thread and under no lock.
     virtual void LatencyChanged();
     // Outputs of an upsampled block are limited to it; below 0: no limit.
@@ -180,6 +193,7 @@ public:
     bool hasEditor = false;
     bool automationCompatibility = true;  // order of the parameters, see AutomationTable
     int channelsPerBus = 2;
+    MString hostTag;                         // the interfaces through which a host uses it
     std::vector<MString> inputChannelNames;  // one per pin of the host
     std::vector<MString> outputChannelNames;
     MAudioPluginAdapter* hostAdapter = nullptr;  // not owned; null while there is none
@@ -214,9 +228,11 @@ protected:
     virtual void ClearEffect() = 0;
     virtual std::unique_ptr<MUpsampler> CreateUpsampler();
 
-    // Of Store, one behind the other: under stateLock, a load under processLock too. The general
-    // settings are the channel mode and the bypass here; who has others of them writes those among
-    // the two. StoreSettings, nothing here, is for the effect's and all that moves it.
+    // Of Store: under stateLock, a load under processLock too. All of it, which is the following
+    // two, one behind the other. The general settings are the channel mode and the bypass here; who
+    // has others of them writes those among the two. StoreSettings, nothing here, is for the
+    // effect's and all that moves it.
+    virtual void StoreWhole(const MStoreVisitor& visitor);
     virtual void StoreGeneralSettings(const MStoreVisitor& visitor);
     virtual void StoreSettings(const MStoreVisitor& visitor);
     void StoreChannelMode(const MStoreVisitor& visitor);
@@ -228,6 +244,13 @@ protected:
     // InitProcessing calls the first where it holds the locks and the second where it does not.
     void InitProcessingLocked();
     void TellLatencyIfChanged();
+    // The largest sub-block that is prepared for, in samples at the processing rate; 0 where the
+    // host has announced none.
+    int LargestSubBlock() const { return announcedBlockSize * upsampling; }
+
+    // Under processLock: SetUpsampling without the InitProcessing, which has to come behind it.
+    // Whether the factor is another one than before.
+    bool TakeUpsampling(int factor);
 
     // Under processLock, from here on.
     int blockLimit = kNoLimit;     // largest sub-block while something needs it
@@ -325,7 +348,7 @@ private:
     GrowingBuffer<float> silenceInput;   // stands for missing host channels
     GrowingBuffer<float> scratchOutput;  // the same; never read
     int modeLatency = 0;
-    int announcedBlockSize = 0;
+    std::atomic<std::int32_t> announcedBlockSize = 0;
     std::atomic<std::int32_t> bypassLatency = 0;
     std::atomic<std::int32_t> toldLatency = 0;
 

@@ -61,6 +61,12 @@ MString MAudioPlugin::GetParameterID(int index) {
         [](AutomationAdapter& adapter, int local) { return adapter.GetParameterID(local); });
 }
 
+int MAudioPlugin::FindParameter(const MString& identifier) {
+    for (int index = 0; index < GetParameterCount(); ++index)
+        if (GetParameterID(index).CompareNoCase(identifier) == 0) return index;
+    return -1;
+}
+
 MString MAudioPlugin::GetParameterValueName(int index) {
     return AskAdapter(
         "MAudioPlugin::GetParameterValueName", MString(), index,
@@ -78,6 +84,13 @@ bool MAudioPlugin::ParseParameterValueName(int index, const MString& text) {
     return AskAdapter("MAudioPlugin::ParseParameterValueName", false, index,
                       [&](AutomationAdapter& adapter, int local) {
                           return adapter.ParseParameterValueName(local, text);
+                      });
+}
+
+bool MAudioPlugin::ParsePositionFromText(int index, const MString& text, double& newPosition) {
+    return AskAdapter("MAudioPlugin::ParsePositionFromText", false, index,
+                      [&](AutomationAdapter& adapter, int local) {
+                          return adapter.ParsePositionFromText(local, text, newPosition);
                       });
 }
 
@@ -104,10 +117,19 @@ double MAudioPlugin::GetParameterDefaultValue(int index) {
 
 bool MAudioPlugin::IsParameterAvailable(int) { return true; }
 
+bool MAudioPlugin::IsParameterAutomatable(int index) const {
+    return AskAdapter("MAudioPlugin::IsParameterAutomatable", false, index,
+                      [](AutomationAdapter& adapter, int) { return adapter.automatable; });
+}
+
 void MAudioPlugin::ParameterChanged(int index) { SendAutomation(index, GetParameter(index)); }
 
 void MAudioPlugin::SendAutomation(int index, double newPosition) {
     if (hostAdapter != nullptr) hostAdapter->SendAutomation(index, newPosition);
+}
+
+void MAudioPlugin::StateChanged() {
+    if (hostAdapter != nullptr) hostAdapter->StateChanged();
 }
 
 void MAudioPlugin::RebuildAutomationTable() { automation.Rebuild(automationCompatibility); }

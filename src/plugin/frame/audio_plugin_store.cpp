@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr const char* kDefaultSettingsItem = "MAudioPluginSettings";
 constexpr int kFewestSurroundChannels = 3;
 
 // The mode of that name; otherwise where there is none.
@@ -25,8 +24,7 @@ bool MAudioPlugin::Store(const MStoreVisitor& visitor) {
             return true;
         }
         MLocker state(stateLock);
-        StoreGeneralSettings(visitor);
-        StoreSettings(visitor);
+        StoreWhole(visitor);
         return true;
     });
 }
@@ -36,14 +34,19 @@ void MAudioPlugin::Load(const MStoreVisitor& visitor) {
     {
         MLocker state(stateLock);
         MLocker process(processLock);
-        StoreGeneralSettings(visitor);
-        StoreSettings(visitor);
+        StoreWhole(visitor);
     }
     InitProcessing();
     ActualiseAfterLoading();
+    StateChanged();
 }
 
 void MAudioPlugin::ActualiseAfterLoading() {}
+
+void MAudioPlugin::StoreWhole(const MStoreVisitor& visitor) {
+    StoreGeneralSettings(visitor);
+    StoreSettings(visitor);
+}
 
 void MAudioPlugin::StoreGeneralSettings(const MStoreVisitor& visitor) {
     StoreChannelMode(visitor);
@@ -85,29 +88,32 @@ void MAudioPlugin::StoreSurroundChannels(const MStoreVisitor& visitor) {
         surroundRequested[static_cast<std::size_t>(c)].store(digits[c] == u'1', kRelaxed);
 }
 
+// Several digits are the switches of bands, which old states kept under the same key.
 void MAudioPlugin::StoreBypass(const MStoreVisitor& visitor) {
-    bool isBypassed = bypassed.load(kRelaxed) != 0;
-    visitor.Flag("Bypass", isBypassed, false);
-    if (!visitor.storing) bypassed.store(isBypassed, kRelaxed);
+    MString digit = bypassed.load(kRelaxed) != 0 ? "1" : "0";
+    visitor.Text("Bypass", digit, "0");
+    if (visitor.storing) return;
+    bypassed.store(digit.Length() == 1 && digit[0] != u'0', kRelaxed);
 }
 
 void MAudioPlugin::LoadDefaultSettings(MAttribute& configuration) {
     Guarded("MAudioPlugin::LoadDefaultSettings", [&] {
         MLocker state(stateLock);
-        MAttribute none;
-        StoreDefaultSettings({false, configuration.HasSubItem(kDefaultSettingsItem)
-                                         ? configuration.GetCachedSubItem()
-                                         : none});
+        StoreDefaultSettings({false, DefaultSettingsOf(configuration)});
     });
 }
 
 void MAudioPlugin::SetDefaultSettingsToCurrent(MAttribute& configuration) {
     Guarded("MAudioPlugin::SetDefaultSettingsToCurrent", [&] {
         MLocker state(stateLock);
-        StoreDefaultSettings({true, configuration.HasSubItem(kDefaultSettingsItem)
-                                        ? configuration.GetCachedSubItem()
-                                        : configuration.AddSubItem(kDefaultSettingsItem)});
+        StoreDefaultSettings({true, DefaultSettingsOf(configuration)});
     });
+}
+
+MAttribute& MAudioPlugin::DefaultSettingsOf(MAttribute& configuration) {
+    constexpr const char* kItem = "MAudioPluginSettings";
+    if (configuration.HasSubItem(kItem)) return configuration.GetCachedSubItem();
+    return configuration.AddSubItem(kItem);
 }
 
 void MAudioPlugin::StoreDefaultSettings(const MStoreVisitor& visitor) {

@@ -22,6 +22,9 @@ public:
     // Tells the system that something waits in that queue.
     virtual void RaisePendingEvents() = 0;
 
+    // The modifier keys that are held, in the bits of the window system.
+    virtual std::uint32_t KeyState() { return 0; }
+
     // The editor of a plug-in, empty; null where there can be none.
     virtual MAudioPlugin::MEditor* MakeEditor(MAudioPlugin& plugin, void* parent,
                                               MStyle* style) = 0;
