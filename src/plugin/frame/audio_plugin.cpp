@@ -195,6 +195,12 @@ int MAudioPlugin::GetLatency() { return 0; }
 
 int MAudioPlugin::GetTailLength() { return -1; }
 
+int MAudioPlugin::GetReportedTailLength() {
+    MLocker lock(processLock);
+    const int length = GetTailLength();
+    return length < 0 ? -1 : length / upsampling;
+}
+
 void MAudioPlugin::LatencyChanged() {
     if (hostAdapter != nullptr) hostAdapter->UpdateLatency();
 }

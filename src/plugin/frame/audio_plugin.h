@@ -100,6 +100,8 @@ public:
     ParameterType GetParameterType(int index) override;
     double GetParameterDefaultValue(int index) override;
     virtual bool IsParameterAvailable(int index);
+    // Whether a host may record it.
+    bool IsParameterAutomatable(int index) const;
     // Something was changed by the plug-in itself: tells the host.
     virtual void ParameterChanged(int index);
     void SendAutomation(int index, double position) override;
@@ -137,6 +139,8 @@ public:
     // In samples at the processing rate.
     virtual int GetLatency();
     virtual int GetTailLength();  // -1: unknown
+    // The same in samples of the host. Takes processLock.
+    int GetReportedTailLength();
     // Tells the host. Not on the audio thread and under no lock.
     virtual void LatencyChanged();
     // Outputs of an upsampled block are limited to it; below 0: no limit.
@@ -180,6 +184,7 @@ public:
     bool hasEditor = false;
     bool automationCompatibility = true;  // order of the parameters, see AutomationTable
     int channelsPerBus = 2;
+    MString hostTag;                         // the interfaces through which a host uses it
     std::vector<MString> inputChannelNames;  // one per pin of the host
     std::vector<MString> outputChannelNames;
     MAudioPluginAdapter* hostAdapter = nullptr;  // not owned; null while there is none
@@ -325,7 +330,7 @@ private:
     GrowingBuffer<float> silenceInput;   // stands for missing host channels
     GrowingBuffer<float> scratchOutput;  // the same; never read
     int modeLatency = 0;
-    int announcedBlockSize = 0;
+    std::atomic<std::int32_t> announcedBlockSize = 0;
     std::atomic<std::int32_t> bypassLatency = 0;
     std::atomic<std::int32_t> toldLatency = 0;
 

@@ -104,6 +104,11 @@ double MAudioPlugin::GetParameterDefaultValue(int index) {
 
 bool MAudioPlugin::IsParameterAvailable(int) { return true; }
 
+bool MAudioPlugin::IsParameterAutomatable(int index) const {
+    return AskAdapter("MAudioPlugin::IsParameterAutomatable", false, index,
+                      [](AutomationAdapter& adapter, int) { return adapter.automatable; });
+}
+
 void MAudioPlugin::ParameterChanged(int index) { SendAutomation(index, GetParameter(index)); }
 
 void MAudioPlugin::SendAutomation(int index, double newPosition) {
