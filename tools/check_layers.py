@@ -39,6 +39,10 @@ def build_layers():
     layer("plugin", "parameters")  # not the effect: it is created through its entry
     layer("state", "plugin")
     layer("editors", "state", "ui")
+    layer("hosts/adapter", "state")
+    layer("hosts/startup", "editors", "effect")
+    layer("hosts/vst2", "hosts/adapter")
+    layer("hosts/vst3", "hosts/adapter")
     layer("hosts", *layers)
     return layers
 
@@ -65,9 +69,9 @@ WRAPPED = {
     "fontconfig/": ["src/ui/x11"],
     "xcb/": ["src/ui/x11"],
     "xkbcommon/": ["src/ui/x11"],
-    "fst/": ["src/hosts/vst2"],
-    "base/": ["src/hosts/vst3"],
+    "pluginterfaces/fst/": ["src/hosts/vst2"],
     "pluginterfaces/": ["src/hosts/vst3"],
+    "base/": ["src/hosts/vst3"],
     "public.sdk/": ["src/hosts/vst3"],
     "sndfile.h": ["tools"],
     "CLI/": ["tools"],
