@@ -95,6 +95,8 @@ public:
     MString GetParameterValueName(int index) override;
     MString GetParameterValueNameFrom01(int index, double position) override;
     bool ParseParameterValueName(int index, const MString& text) override;
+    // As that, but answers the position and sets nothing; without one, position stays as it was.
+    bool ParsePositionFromText(int index, const MString& text, double& position);
     MString GetParameterUnitsName(int index) override;
     virtual bool IsParameterDiscrete(int index);
     ParameterType GetParameterType(int index) override;
@@ -105,6 +107,9 @@ public:
     // Something was changed by the plug-in itself: tells the host.
     virtual void ParameterChanged(int index);
     void SendAutomation(int index, double position) override;
+    // Something that is no parameter was changed by the plug-in itself, or values that were not
+    // told one by one: tells the host. Not on the audio thread and under no lock.
+    void StateChanged();
 
     // Behind any change of the list of adapters; see AutomationTable. While nothing is processed.
     void RebuildAutomationTable();

@@ -22,6 +22,8 @@ public:
     virtual void GenerateMIDIEvent(int time, const std::uint8_t* bytes) = 0;
     // The plug-in's GetReportedLatency has another answer now.
     virtual void UpdateLatency() = 0;
+    // What a song keeps has changed otherwise: by a load, or in something that is no parameter.
+    virtual void StateChanged() {}
     // False where the host does not agree.
     virtual bool ChangeEditorSize(EditorSize size) = 0;
 };

@@ -81,6 +81,13 @@ bool MAudioPlugin::ParseParameterValueName(int index, const MString& text) {
                       });
 }
 
+bool MAudioPlugin::ParsePositionFromText(int index, const MString& text, double& newPosition) {
+    return AskAdapter("MAudioPlugin::ParsePositionFromText", false, index,
+                      [&](AutomationAdapter& adapter, int local) {
+                          return adapter.ParsePositionFromText(local, text, newPosition);
+                      });
+}
+
 MString MAudioPlugin::GetParameterUnitsName(int index) {
     return AskAdapter(
         "MAudioPlugin::GetParameterUnitsName", MString(), index,
@@ -113,6 +120,10 @@ void MAudioPlugin::ParameterChanged(int index) { SendAutomation(index, GetParame
 
 void MAudioPlugin::SendAutomation(int index, double newPosition) {
     if (hostAdapter != nullptr) hostAdapter->SendAutomation(index, newPosition);
+}
+
+void MAudioPlugin::StateChanged() {
+    if (hostAdapter != nullptr) hostAdapter->StateChanged();
 }
 
 void MAudioPlugin::RebuildAutomationTable() { automation.Rebuild(automationCompatibility); }

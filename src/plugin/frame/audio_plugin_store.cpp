@@ -41,6 +41,7 @@ void MAudioPlugin::Load(const MStoreVisitor& visitor) {
     }
     InitProcessing();
     ActualiseAfterLoading();
+    StateChanged();
 }
 
 void MAudioPlugin::ActualiseAfterLoading() {}
