@@ -38,6 +38,10 @@ vst3_sdk_library(vst3_sdk
   public.sdk/source/vst/vstinitiids.cpp
   public.sdk/source/vst/vstparameters.cpp)
 target_sources(vst3_sdk PRIVATE ${PROJECT_SOURCE_DIR}/src/hosts/vst3/interface_ids.cpp)
+# One of its sources needs a header of ours in place of a C header, which tells why.
+set_source_files_properties(${VST3_SDK_DIR}/pluginterfaces/base/funknown.cpp PROPERTIES
+  COMPILE_DEFINITIONS SMTG_USE_STDATOMIC_H=1
+  INCLUDE_DIRECTORIES ${PROJECT_SOURCE_DIR}/src/hosts/vst3/sdk)
 # One configuration for every translation unit, whatever the build type: the SDK's debug variant
 # counts and prints.
 target_compile_definitions(vst3_sdk PUBLIC RELEASE=1)
