@@ -13,8 +13,3 @@ class IPluginFactory;
 // long as anybody holds it. Any thread. Null without memory; nothing gets out. product lives as
 // long as the process.
 Steinberg::IPluginFactory* GetVST3PluginFactory(const ProductInfo& product);
-
-// ModuleEntry and InitDll, ModuleExit and ExitDll: hosts call them as often as they like, and some
-// not at all. What a process needs is made with its first instance and stays.
-inline bool EnterVST3Module() { return true; }
-inline bool ExitVST3Module() { return true; }
