@@ -196,13 +196,12 @@ std::string ParameterList::InterfaceTable() const {
         {"Index", "ID", "Name", "Section", "Steps", "Default", ""}};
     for (const Entry& entry : entries) {
         const HostedParameter& each = entry.hosted;
+        if (each.isHidden) continue;
+        const std::string text = plugin.TextAt(each.id, each.defaultPosition);
         rows.push_back({std::to_string(entry.index), std::to_string(each.id), each.name,
                         each.section, std::to_string(each.stepCount),
-                        FormatNumber(each.defaultPosition) + " = " +
-                            plugin.TextAt(each.id, each.defaultPosition),
-                        each.isHidden        ? "hidden"
-                        : each.isAutomatable ? ""
-                                             : "not automatable"});
+                        FormatNumber(each.defaultPosition) + (text.empty() ? "" : " = ") + text,
+                        each.isAutomatable ? "" : "not automatable"});
     }
     return AlignedTable(rows);
 }

@@ -83,9 +83,9 @@ void PluginRunner::MakeBus(Bus& bus, bool isInput) {
                      std::vector<float>(static_cast<std::size_t>(setup.largestBlock)));
 }
 
-// What the plug-in is told ahead of its first block reaches it with a block of its own, and takes
-// effect at once by the new start behind it. The song first stands at its place and then plays
-// from there, so that the place is no jump and a tempo is known also while it stands.
+// What the plug-in is told ahead of its first block reaches it with a block of no samples, and takes
+// effect at once by the new start behind it. A song first stands at its place and then plays from
+// there, so that the place is no jump and its tempo is known also while it stands.
 void PluginRunner::PassStart() {
     std::vector<float> silence(static_cast<std::size_t>(setup.channels));
     std::vector<float> unheard(silence.size());
@@ -93,8 +93,10 @@ void PluginRunner::PassStart() {
         input.pointers[c] = &silence[c];
         output.pointers[c] = &unheard[c];
     }
+    RunBlock({}, 0);
+    if (setup.start.tempo < 0) return;
     HostedTransport place = Describe({setup.start.tempo, std::max(setup.start.position, 0.0)});
-    for (const bool isPlaying : {false, setup.start.tempo >= 0}) {
+    for (const bool isPlaying : {false, true}) {
         place.isPlaying = isPlaying;
         RunBlock(place, 1);
     }
