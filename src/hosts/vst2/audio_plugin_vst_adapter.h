@@ -24,7 +24,7 @@
 // Memory   a call of the audio thread takes none but what the plug-in takes for a larger block
 //          than it was told of
 // Errors   none gets out; answers are neutral then
-class MAudioPluginVSTAdapter final : public AudioEffectX, public MAudioPluginAdapter {
+class MAudioPluginVSTAdapter : public AudioEffectX, public MAudioPluginAdapter {
 public:
     MAudioPluginVSTAdapter(audioMasterCallback audioMaster, const ProductInfo& product,
                            std::unique_ptr<MAudioPlugin> newPlugin);
