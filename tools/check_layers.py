@@ -39,6 +39,10 @@ def build_layers():
     layer("plugin", "parameters")  # not the effect: it is created through its entry
     layer("state", "plugin")
     layer("editors", "state", "ui")
+    layer("hosts/adapter", "state")
+    layer("hosts/startup", "editors", "effect", "hosts/adapter")
+    layer("hosts/vst2", "hosts/adapter")
+    layer("hosts/vst3", "hosts/adapter")
     layer("hosts", *layers)
     return layers
 
@@ -65,10 +69,10 @@ WRAPPED = {
     "fontconfig/": ["src/ui/x11"],
     "xcb/": ["src/ui/x11"],
     "xkbcommon/": ["src/ui/x11"],
-    "fst/": ["src/hosts/vst2"],
-    "base/": ["src/hosts/vst3"],
-    "pluginterfaces/": ["src/hosts/vst3"],
-    "public.sdk/": ["src/hosts/vst3"],
+    "pluginterfaces/fst/": ["src/hosts/vst2", "tools/hosting"],
+    "pluginterfaces/": ["src/hosts/vst3", "tools/hosting"],
+    "base/": ["src/hosts/vst3", "tools/hosting"],
+    "public.sdk/": ["src/hosts/vst3", "tools/hosting"],
     "sndfile.h": ["tools"],
     "CLI/": ["tools"],
 }
@@ -127,7 +131,7 @@ def check_include(root, file, quote, header):
         return check_outside_header(file, header) if is_below(file, ["src", "tools"]) else None
     if is_below(file, ["src"]):
         return check_own_header(root, file, header)
-    folders = [root / "src", root / "tests", (root / file).parent]
+    folders = [root / "src", root / "tests", root / "tools", (root / file).parent]
     if not any((folder / header).is_file() for folder in folders):
         return f'"{header}" is not a file'
     return None

@@ -6,7 +6,10 @@
 #include <cstdint>
 
 #include "effect/chorus_entry.h"
+#include "hosts/startup/product.h"
 #include "hosts/startup/startup.h"
+#include "hosts/vst2/vst_entry.h"
+#include "hosts/vst3/vst3_entry.h"
 
 #pragma GCC visibility push(default)
 extern "C" {
@@ -17,6 +20,13 @@ bool ModuleEntry(void*) { return true; }
 bool ModuleExit() { return true; }
 bool InitDll() { return true; }
 bool ExitDll() { return true; }
+
+Steinberg::IPluginFactory* GetPluginFactory() { return GetVST3PluginFactory(kProduct); }
+
+// VST 2; `main` is another name for it.
+AEffect* VSTPluginMain(VstHostCallback hostCallback) {
+    return StartVSTPlugin(hostCallback, kProduct);
+}
 
 // The effect's entry for a frame in another library: a PluginEntry.
 std::intptr_t FennirAudioEffectPluginInterface(MPlugin* object, int code,

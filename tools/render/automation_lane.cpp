@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 #include "errors.h"
 #include "number_text.h"
@@ -31,22 +32,24 @@ std::vector<std::string> SplitPoints(const std::string& text) {
 
 }  // namespace
 
-AutomationLane::AutomationLane(ParameterMainBase& parameter, const std::string& text)
-    : parameter(&parameter), holds(parameter.record.type != ParameterType::Float) {
+AutomationLane::AutomationLane(ParameterMainBase& described, std::vector<std::uint32_t> ids,
+                               const std::string& text)
+    : ids(std::move(ids)), holds(described.record.type != ParameterType::Float) {
     for (const std::string& point : SplitPoints(text)) {
         if (!StartsPoint(point))
             throw UsageError("--automate takes PARAMETER=SECONDS:VALUE,..., not '" + point + "'.");
         const std::size_t colon = point.find(':');
-        AddPoint(point.substr(0, colon), point.substr(colon + 1));
+        AddPoint(described, point.substr(0, colon), point.substr(colon + 1));
     }
 }
 
-void AutomationLane::AddPoint(const std::string& secondsText, const std::string& valueText) {
+void AutomationLane::AddPoint(ParameterMainBase& described, const std::string& secondsText,
+                              const std::string& valueText) {
     const double seconds = *ParseNumber(secondsText);
     if (seconds < (points.empty() ? 0 : points.back().seconds))
         throw UsageError("The times of --automate start at 0 and go on, so '" + secondsText + ":" +
                          valueText + "' can't stand there.");
-    points.push_back({seconds, ReadPosition(*parameter, valueText)});
+    points.push_back({seconds, ReadPosition(described, valueText)});
 }
 
 double AutomationLane::PositionAt(double seconds) const {

@@ -7,7 +7,7 @@
 #include "errors.h"
 #include "interrupt.h"
 #include "options.h"
-#include "plugin_runner.h"
+#include "prepared_plugin.h"
 #include "renderer.h"
 #include "report.h"
 
@@ -29,11 +29,28 @@ int Complain(const std::exception& error, int exitCode) {
     return exitCode;
 }
 
+// What needs no sound: the plug-in as it would be with a stereo file.
+std::string Information(const RenderOptions& options) {
+    constexpr int kRate = 48000;
+    PreparedPlugin plugin(options, 2, kRate);
+    if (!options.stateOut.empty()) plugin.SaveState(options.stateOut);
+    switch (options.information) {
+        case RenderOptions::Information::List:
+            return plugin.Table();
+        case RenderOptions::Information::InterfaceList:
+            return plugin.InterfaceTable();
+        case RenderOptions::Information::Plugin:
+            return plugin.Info();
+        default:
+            return "";
+    }
+}
+
 int Run(int argc, char** argv) {
     RenderOptions options;
     if (const std::optional<int> exitCode = ParseOptions(argc, argv, options)) return *exitCode;
-    if (options.list) {
-        Print(PluginRunner(false).Parameters().Table());
+    if (options.input.empty()) {
+        Print(Information(options));
         return kDone;
     }
     WatchInterrupts();

@@ -25,3 +25,10 @@ std::string FormatNumber(double number) {
               : std::to_chars(text.data(), end, number, std::chars_format::general, kDigits);
     return std::string(text.data(), result.ptr);
 }
+
+std::string FormatDigits(double number, int digits) {
+    std::array<char, 64> text{};
+    const auto result = std::to_chars(text.data(), text.data() + text.size(), number,
+                                      std::chars_format::fixed, digits);
+    return std::string(text.data(), result.ptr);
+}

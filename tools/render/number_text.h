@@ -12,3 +12,5 @@ std::optional<double> ParseNumber(std::string_view text);
 
 // A whole number in full, any other with six significant digits at most.
 std::string FormatNumber(double number);
+// With exactly so many digits behind the point.
+std::string FormatDigits(double number, int digits);

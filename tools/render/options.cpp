@@ -10,11 +10,13 @@
 #include "nearest_text.h"
 #include "number_text.h"
 #include "parameters.h"
+#include "plugin/protection.h"
+#include "state_text.h"
 
 namespace {
 
 constexpr char kDescription[] =
-    "Runs the Quillorea chorus over an audio file, as a plug-in in a host.\n\n"
+    "Runs the Quillorea plug-in over an audio file: loads the built library as a host does.\n\n"
     "Reads WAV, FLAC, AIFF, OGG and whatever else libsndfile knows, of up to 8 channels, and "
     "keeps\n"
     "the rate and the channels.";
@@ -87,6 +89,16 @@ ChannelMode ChannelModeNamed(const std::string& text) {
                      NearestText(text, known) + "'.");
 }
 
+int ProtectionNamed(const std::string& text) {
+    std::vector<std::string> known;
+    for (const ProtectionRecord& protection : kProtections) {
+        known.push_back(protection.name);
+        if (Folded(protection.name).starts_with(Folded(text))) return protection.subBlock;
+    }
+    throw UsageError("There is no protection '" + text + "'; the nearest is '" +
+                     NearestText(text, known) + "'.");
+}
+
 void AddFiles(CLI::App& app, RenderOptions& options) {
     app.add_option("IN", options.input, "The audio file to read");
     app.add_option("OUT", options.output,
@@ -117,8 +129,14 @@ void AddSound(CLI::App& app, RenderOptions& options) {
         ->type_name("N")
         ->group("Sound");
     app.add_option_function<std::string>(
-           "--quality", [&](const std::string& text) { options.highQuality = text == "hq"; },
-           "How delayed sound is read: normal (cubic, the default) or\nhq (37-tap sinc)")
+           "--quality",
+           [&](const std::string& text) {
+               // The second is the switch's older name, and wins where both stand.
+               for (const char* const key : {"hqupsampling", "Sinc"})
+                   options.stateEdits.Set(key, text == "hq" ? "1" : "0");
+           },
+           "How delayed sound is read: hq (37-tap sinc), which is how the\n"
+           "plug-in comes, or normal (cubic)")
         ->check(CLI::IsMember({"hq", "normal"}).description(""))
         ->type_name("hq|normal")
         ->group("Sound");
@@ -130,6 +148,82 @@ void AddSound(CLI::App& app, RenderOptions& options) {
         ->group("Sound");
     app.add_flag("--bypass", options.bypass, "Passes IN by, as the host's bypass does")
         ->group("Sound");
+}
+
+void AddStructure(CLI::App& app, RenderOptions& options) {
+    AddNumber(
+        app, "--bands", {1, 6, true},
+        [&](auto count) { SetBands(options.stateEdits, static_cast<int>(*count)); },
+        "How many bands, split where the plug-in itself would first\nsplit them")
+        ->type_name("N")
+        ->group("Sound");
+    app.add_option_function<std::string>(
+           "--crossover",
+           [&](const std::string& kind) {
+               if (!SetCrossover(options.stateEdits, kind))
+                   throw UsageError("There is no crossover '" + kind + "'; the nearest is '" +
+                                    NearestText(kind, CrossoverNames()) + "'.");
+           },
+           "How bands are split: 12dB/oct, 24dB/oct (the default), 48dB/oct,\n"
+           "72dB/oct, 96dB/oct, 120dB/oct, linear or hybrid")
+        ->type_name("KIND")
+        ->group("Sound");
+    AddNumber(
+        app, "--upsampling", {1, 16, true},
+        [&](auto factor) { options.stateEdits.Set("upsampling", FormatNumber(*factor)); },
+        "How many times the rate the plug-in works at")
+        ->type_name("N")
+        ->group("Sound");
+    app.add_option_function<std::string>(
+           "--protection",
+           [&](const std::string& text) {
+               options.stateEdits.Set("MaxLFOBlockSize", std::to_string(ProtectionNamed(text)));
+           },
+           "How finely what moves is followed: Minimal, Normal, High,\nVery high or Extreme")
+        ->type_name("PROTECTION")
+        ->group("Sound");
+}
+
+void AddPlugin(CLI::App& app, RenderOptions& options) {
+    app.add_option("--plugin", options.plugin.path,
+                   "The bundle, or with --vst2 the library, to load instead of the one\n"
+                   "that was built or installed with this program")
+        ->type_name("PATH")
+        ->group("Plug-in");
+    app.add_flag("--vst2", options.plugin.isVst2, "Loads it through VST 2 instead of VST 3")
+        ->group("Plug-in");
+    app.add_option("--state-in", options.stateIn,
+                   "Starts from a state as a host stores it; all other settings come\non top of it")
+        ->type_name("FILE")
+        ->group("Plug-in");
+    app.add_option("--state-out", options.stateOut,
+                   "Stores the state with all settings, as the first block finds it;\nneeds no IN")
+        ->type_name("FILE")
+        ->group("Plug-in");
+    app.add_option("--param", options.positions,
+                   "Sets a parameter as a host does: to a position from 0 to 1 or a\n"
+                   "text; comes after --set, and may be repeated")
+        ->type_name("NAME|INDEX|ID=VALUE")
+        ->allow_extra_args(false)
+        ->group("Plug-in");
+}
+
+void AddInformation(CLI::App& app, RenderOptions& options) {
+    app.set_help_flag("-h,--help", "Shows this text")->group("Information");
+    app.set_version_flag("--version", "quillorea-render " QUILLOREA_VERSION, "Shows the version")
+        ->group("Information");
+    using Information = RenderOptions::Information;
+    const auto add = [&](const char* name, Information shown, const char* description) {
+        app.add_flag_callback(
+               name, [&options, shown] { options.information = shown; }, description)
+            ->group("Information");
+    };
+    add("--list", Information::List,
+        "Lists the parameters: index, name, identifier, range, default;\nneeds no IN");
+    add("--list-params", Information::InterfaceList,
+        "Lists the parameters as the interface tells them: index, ID, name,\n"
+        "section, steps, default; needs no IN");
+    add("--info", Information::Plugin, "Shows name, version, buses, latency, tail; needs no IN");
 }
 
 void AddTransport(CLI::App& app, RenderOptions& options) {
@@ -165,7 +259,9 @@ void AddRendering(CLI::App& app, RenderOptions& options) {
 }
 
 void CompletePaths(RenderOptions& options) {
-    if (options.list) return;
+    const bool isInformed = options.information != RenderOptions::Information::None;
+    if (isInformed) options.input.clear();
+    if (isInformed || (options.input.empty() && !options.stateOut.empty())) return;
     if (options.input.empty())
         throw UsageError("No input file is given; quillorea-render --help tells how to use it.");
     if (!options.output.empty()) return;
@@ -179,14 +275,11 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, RenderOptions
     CLI::App app(kDescription, "quillorea-render");
     app.footer(std::string(kUnitsNote) + "\n\n" + kAutomationNote + "\n\n" + kExamples);
     app.get_formatter()->column_width(26);
-    app.set_help_flag("-h,--help", "Shows this text")->group("Information");
-    app.set_version_flag("--version", "quillorea-render " QUILLOREA_VERSION, "Shows the version")
-        ->group("Information");
-    app.add_flag("--list", options.list,
-                 "Lists the parameters: index, name, identifier, range, default; needs no IN")
-        ->group("Information");
+    AddInformation(app, options);
     AddFiles(app, options);
+    AddPlugin(app, options);
     AddSound(app, options);
+    AddStructure(app, options);
     AddTransport(app, options);
     AddRendering(app, options);
     try {

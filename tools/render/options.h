@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "plugin/frame/channel_mode.h"
+#include "plugin_runner.h"
 
 // What the command line asks for.
 //
@@ -17,20 +18,26 @@ struct RenderOptions {
     static constexpr int kRandomBlocks = 0;
     static constexpr int kMaxBlock = 65536;
 
-    std::string input;                    // empty only with list
+    std::string input;                    // empty only where an information is asked for
     std::string output;                   // as typed, or input's name with "-chorus.wav"
     std::vector<std::string> settings;    // "PARAMETER=VALUE", in the order typed
     std::vector<std::string> automation;  // "PARAMETER=SECONDS:VALUE,..."
+    std::vector<std::string> positions;   // "PARAMETER=VALUE" of --param
     std::optional<double> randomize;      // 0..1
     std::optional<std::uint32_t> seed;
-    bool highQuality = false;
+    std::string stateIn;                     // a file, empty: as the plug-in comes
+    std::string stateOut;                    // a file, empty: none is written
+    StateEdits stateEdits;                   // of the options that go through the state
     std::optional<ChannelMode> channelMode;  // nothing: all channels
     bool bypass = false;
     double tempo = -1;                  // negative: not known
     double position = -1;               // negative: the transport stands still
     int blockSize = 512;                // or kRandomBlocks
     std::optional<double> tailSeconds;  // nothing: as long as the plug-in sounds on
-    bool list = false;
+    PluginChoice plugin;
+
+    enum class Information { None, List, InterfaceList, Plugin };
+    Information information = Information::None;  // to show instead of rendering
 };
 
 // Fills options. Answers the exit code where --help or --version has said all there is to say.

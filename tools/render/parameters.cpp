@@ -9,6 +9,7 @@
 #include "nearest_text.h"
 #include "number_text.h"
 #include "parameter_value.h"
+#include "text_table.h"
 
 namespace {
 
@@ -21,39 +22,74 @@ std::pair<std::string, std::string> SplitAssignment(const std::string& text, con
     return {text.substr(0, equals), text.substr(equals + 1)};
 }
 
-std::array<std::string, 2> NamesOf(ParameterMainBase& parameter) {
-    return {parameter.GetParameterID(0).ToUtf8(),
-            parameter.GetParameterNameWithoutSection(0).ToUtf8()};
+struct Names {
+    std::string identifier;
+    std::string name;            // with the band
+    std::string bandIdentifier;  // without the band, empty outside of any
+    std::string bandName;
+};
+
+Names NamesOf(ParameterMainBase& parameter) {
+    const std::string identifier = parameter.GetParameterID(0).ToUtf8();
+    const std::string plain = parameter.name.ToUtf8();
+    if (BandOf(parameter) == 0) return {identifier, plain, "", ""};
+    return {identifier, parameter.namePrefix.ToUtf8() + " " + plain, parameter.identifier.ToUtf8(),
+            plain};
 }
 
-using TableRow = std::array<std::string, 5>;
-
-std::string AlignedTable(std::span<const TableRow> rows) {
-    constexpr std::size_t kGap = 2;
-    std::array<std::size_t, std::tuple_size_v<TableRow>> widths{};
-    for (const TableRow& row : rows)
-        for (std::size_t c = 0; c < row.size(); ++c) widths[c] = std::max(widths[c], row[c].size());
-    std::string text;
-    for (const TableRow& row : rows) {
-        for (std::size_t c = 0; c < row.size(); ++c)
-            text += row[c] + std::string(widths[c] - row[c].size() + kGap, ' ');
-        text.erase(text.find_last_not_of(' ') + 1);
-        text += '\n';
-    }
-    return text;
-}
+// In this order; a band's own name comes first, so that what one effect's was called it still is.
+constexpr std::string Names::*kKinds[] = {&Names::identifier, &Names::bandIdentifier,
+                                          &Names::bandName, &Names::name};
 
 }  // namespace
+
+ParameterList::ParameterList(HostedPlugin& plugin, PluginDescription& description)
+    : plugin(plugin), description(description) {
+    const std::vector<HostedParameter> parameters = plugin.Parameters();
+    const auto count =
+        std::count_if(parameters.begin(), parameters.end(),
+                      [](const HostedParameter& each) { return !each.isBypass && !each.isHidden; });
+    const bool known = description.Describes(static_cast<std::size_t>(count));
+    const auto& described = description.Parameters();
+    for (std::size_t i = 0; i < parameters.size(); ++i)
+        entries.push_back(
+            {i, parameters[i], known && i < described.size() ? described[i] : nullptr});
+}
 
 std::vector<ParameterSetting> ParameterList::ReadSettings(
     std::span<const std::string> texts) const {
     std::vector<ParameterSetting> settings;
     for (const std::string& text : texts) {
         const auto [name, value] = SplitAssignment(text, "--set", "PARAMETER=VALUE");
-        ParameterMainBase& parameter = Find(name);
-        settings.push_back({&parameter, ReadValue(parameter, value)});
+        const Found found = FindDescribed(name);
+        ParameterMainBase& described = *found.front()->described;
+        const double position = described.record.PositionOf(ReadValue(described, value));
+        for (const Entry* const entry : found) settings.push_back({entry->hosted.id, position});
     }
     return settings;
+}
+
+std::vector<ParameterSetting> ParameterList::ReadPositions(
+    std::span<const std::string> texts) const {
+    std::vector<ParameterSetting> settings;
+    for (const std::string& text : texts) {
+        const auto [name, value] = SplitAssignment(text, "--param", "PARAMETER=VALUE");
+        for (const Entry* const entry : Find(name))
+            settings.push_back({entry->hosted.id, ReadPlainPosition(*entry, value)});
+    }
+    return settings;
+}
+
+double ParameterList::ReadPlainPosition(const Entry& entry, const std::string& text) const {
+    const std::optional<double> number = ParseNumber(text);
+    if (number && *number >= 0 && *number <= 1) return *number;
+    const std::optional<double> position =
+        number ? std::nullopt : plugin.PositionOf(entry.hosted.id, text);
+    if (position) return *position;
+    const HostedParameter& parameter = entry.hosted;
+    throw RenderError("'" + parameter.name + "' takes positions from 0 to 1 or a text such as '" +
+                      plugin.TextAt(parameter.id, parameter.defaultPosition) + "', not '" + text +
+                      "'.");
 }
 
 std::vector<AutomationLane> ParameterList::ReadLanes(std::span<const std::string> texts) const {
@@ -61,49 +97,111 @@ std::vector<AutomationLane> ParameterList::ReadLanes(std::span<const std::string
     for (const std::string& text : texts) {
         const auto [name, points] =
             SplitAssignment(text, "--automate", "PARAMETER=SECONDS:VALUE,...");
-        ParameterMainBase& parameter = Find(name);
+        const Found found = FindDescribed(name);
+        std::vector<std::uint32_t> ids;
+        for (const Entry* const entry : found) ids.push_back(entry->hosted.id);
         for (const AutomationLane& lane : lanes)
-            if (&lane.Parameter() == &parameter)
+            if (std::ranges::find_first_of(lane.Ids(), ids) != lane.Ids().end())
                 throw UsageError("--automate names '" + name + "' a second time.");
-        lanes.emplace_back(parameter, points);
+        lanes.emplace_back(*found.front()->described, std::move(ids), points);
     }
     return lanes;
 }
 
-ParameterMainBase& ParameterList::Find(const std::string& wanted) const {
+std::vector<ParameterSetting> ParameterList::Draw(double amount) const {
+    std::vector<ParameterSetting> settings;
+    for (ParameterMainBase* const drawn : description.Randomize(amount))
+        for (const Entry& entry : entries)
+            if (entry.described == drawn)
+                settings.push_back({entry.hosted.id, drawn->GetParameter(0)});
+    return settings;
+}
+
+ParameterList::Found ParameterList::Find(const std::string& wanted) const {
     const std::string folded = Folded(wanted);
-    for (const std::size_t kind : {0, 1}) {
-        for (ParameterMainBase* const parameter : parameters) {
-            const std::string name = Folded(NamesOf(*parameter)[kind]);
-            if (IsSettable(*parameter) && name == folded) return *parameter;
+    for (const auto kind : kKinds) {
+        Found found;
+        for (const Entry& entry : entries) {
+            if (entry.described == nullptr || !IsSettable(*entry.described)) continue;
+            const std::string name = NamesOf(*entry.described).*kind;
+            if (!name.empty() && Folded(name) == folded) found.push_back(&entry);
         }
+        if (!found.empty()) return found;
     }
-    for (ParameterMainBase* const parameter : parameters)
-        if (IsSettable(*parameter) && std::to_string(parameter->baseIndex) == wanted)
-            return *parameter;
+    return FindPlain(wanted);
+}
+
+ParameterList::Found ParameterList::FindPlain(const std::string& wanted) const {
+    const std::string folded = Folded(wanted);
+    const auto first = [&](auto matches) -> Found {
+        for (const Entry& entry : entries)
+            if (entry.hosted.isAutomatable && matches(entry)) return {&entry};
+        return {};
+    };
+    Found found = first([&](const Entry& entry) { return Folded(entry.hosted.name) == folded; });
+    if (found.empty())
+        found = first([&](const Entry& entry) { return std::to_string(entry.index) == wanted; });
+    if (found.empty())
+        found =
+            first([&](const Entry& entry) { return std::to_string(entry.hosted.id) == wanted; });
+    if (!found.empty()) return found;
     throw RenderError("There is no parameter '" + wanted + "'; the nearest is '" +
                       NearestTo(wanted) + "' (--list shows them all).");
 }
 
+ParameterList::Found ParameterList::FindDescribed(const std::string& wanted) const {
+    const Found found = Find(wanted);
+    if (found.front()->described != nullptr) return found;
+    throw RenderError("The unit of '" + wanted + "' is not known here; --param takes it as a " +
+                      "position from 0 to 1.");
+}
+
 std::string ParameterList::NearestTo(const std::string& wanted) const {
     std::vector<std::string> names;
-    for (ParameterMainBase* const parameter : parameters)
-        if (IsSettable(*parameter))
-            for (const std::string& name : NamesOf(*parameter)) names.push_back(name);
+    for (const Entry& entry : entries) {
+        if (!entry.hosted.isAutomatable) continue;
+        names.push_back(entry.hosted.name);
+        if (entry.described == nullptr || !IsSettable(*entry.described)) continue;
+        const Names known = NamesOf(*entry.described);
+        for (const auto kind : kKinds)
+            if (!(known.*kind).empty()) names.push_back(known.*kind);
+    }
     return NearestText(wanted, names);
 }
 
 std::string ParameterList::Table() const {
-    std::vector<TableRow> rows = {{"Index", "Name", "Identifier", "Range", "Default"}};
-    std::string choices;
-    for (ParameterMainBase* const parameter : parameters) {
-        const ParameterRecord& record = parameter->record;
-        const auto [identifier, name] = NamesOf(*parameter);
+    std::vector<std::vector<std::string>> rows = {
+        {"Index", "Name", "Identifier", "Range", "Default"}};
+    std::vector<std::string> choices;
+    for (const Entry& entry : entries) {
+        if (entry.described == nullptr) continue;
+        ParameterMainBase& parameter = *entry.described;
+        const ParameterRecord& record = parameter.record;
+        const Names names = NamesOf(parameter);
         const bool chosen = record.type == ParameterType::Enumeration;
-        rows.push_back({std::to_string(parameter->baseIndex), name,
-                        IsSettable(*parameter) ? identifier : "",
-                        chosen ? "see below" : DescribeRange(record), DescribeDefault(*parameter)});
-        if (chosen) choices += name + ": " + DescribeRange(record) + "\n";
+        rows.push_back({std::to_string(entry.index), names.name,
+                        IsSettable(parameter) ? names.identifier : "",
+                        chosen ? "see below" : DescribeRange(record), DescribeDefault(parameter)});
+        const std::string choice = parameter.name.ToUtf8() + ": " + DescribeRange(record) + "\n";
+        if (chosen && std::ranges::find(choices, choice) == choices.end())
+            choices.push_back(choice);
     }
-    return AlignedTable(rows) + '\n' + choices + '\n' + kUnitsNote + '\n';
+    std::string text = AlignedTable(rows) + '\n';
+    for (const std::string& choice : choices) text += choice;
+    return text + '\n' + kUnitsNote + '\n';
+}
+
+std::string ParameterList::InterfaceTable() const {
+    std::vector<std::vector<std::string>> rows = {
+        {"Index", "ID", "Name", "Section", "Steps", "Default", ""}};
+    for (const Entry& entry : entries) {
+        const HostedParameter& each = entry.hosted;
+        if (each.isHidden) continue;
+        const std::string text = plugin.TextAt(each.id, each.defaultPosition);
+        rows.push_back({std::to_string(entry.index), std::to_string(each.id), each.name,
+                        each.section, std::to_string(each.stepCount),
+                        FormatNumber(each.defaultPosition) + (text.empty() ? "" : " = ") + text,
+                        each.isAutomatable ? "" : "not automatable"});
+    }
+    return AlignedTable(rows);
 }

@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "automation_lane.h"
-#include "parameters/parameter_adapter.h"
+#include "hosting/hosted_plugin.h"
+#include "plugin_description.h"
 
 // The plug-in's parameters by name, and what the command line does with them.
+//
+// A parameter is told by identifier, name, index or the interface's ID, without regard to case and
+// blanks. What is each band's may be told without a band, "Rate" for "Band 1 Rate" and the others:
+// then it means every band's.
 //
 // Errors   UsageError for a text that is no setting or no automation at all; RenderError for an
 //          unknown parameter, which names the nearest, and a value that the parameter does not
@@ -21,31 +27,53 @@ inline constexpr char kUnitsNote[] =
     "everything else is a plain number or a share; or they are texts with a unit, as the plug-in\n"
     "shows them ('Rate=0.5 Hz', 'Delay=20 ms', 'Spread=40%'). A choice is given by its text or, "
     "where\n"
-    "no text is the same, its index from 0; a switch by on or off.";
+    "no text is the same, its index from 0; a switch by on or off. A name without a band means "
+    "every\n"
+    "band's.";
 
 struct ParameterSetting {
-    ParameterMainBase* parameter;
-    double value;  // in the record's own unit
+    std::uint32_t id;
+    double position;
 };
 
 class ParameterList {
 public:
-    // They outlive the list, in the order of the host's indices.
-    explicit ParameterList(std::vector<ParameterMainBase*> parameters)
-        : parameters(std::move(parameters)) {}
+    // Both outlive the list.
+    ParameterList(HostedPlugin& plugin, PluginDescription& description);
 
-    // Reads "PARAMETER=VALUE" texts. A parameter is told by identifier, name or index, without
-    // regard to case; what comes first in this order wins.
+    // Reads "PARAMETER=VALUE" texts, the values in the parameter's own unit.
     std::vector<ParameterSetting> ReadSettings(std::span<const std::string> texts) const;
+    // The same with positions from 0 to 1, and texts that the plug-in itself reads. Also for
+    // plug-ins that this program does not know.
+    std::vector<ParameterSetting> ReadPositions(std::span<const std::string> texts) const;
     // Reads "PARAMETER=SECONDS:VALUE,..." texts, one for each parameter.
     std::vector<AutomationLane> ReadLanes(std::span<const std::string> texts) const;
+    // Draws the effect's parameters: 1 from nothing, less around their defaults.
+    std::vector<ParameterSetting> Draw(double amount) const;
 
-    // A table for people: index, name, identifier, range, default; then the choices and the units.
+    // Tables for people. With what this program knows: index, name, identifier, range, default;
+    // then the choices and the units. With what the interface tells: index, ID, name, section,
+    // steps, default.
     std::string Table() const;
+    std::string InterfaceTable() const;
 
 private:
-    ParameterMainBase& Find(const std::string& wanted) const;
-    std::string NearestTo(const std::string& wanted) const;
+    struct Entry {
+        std::size_t index;
+        HostedParameter hosted;
+        ParameterMainBase* described;  // null where this program does not know it
+    };
+    using Found = std::vector<const Entry*>;
 
-    std::vector<ParameterMainBase*> parameters;
+    // At least one.
+    Found Find(const std::string& wanted) const;
+    // As the interface tells it: name, index, ID.
+    Found FindPlain(const std::string& wanted) const;
+    Found FindDescribed(const std::string& wanted) const;
+    std::string NearestTo(const std::string& wanted) const;
+    double ReadPlainPosition(const Entry& entry, const std::string& text) const;
+
+    HostedPlugin& plugin;
+    PluginDescription& description;
+    std::vector<Entry> entries;
 };

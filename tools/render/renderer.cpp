@@ -13,7 +13,7 @@
 #include "foundation/objects/random.h"
 #include "foundation/objects/tolerances.h"
 #include "interrupt.h"
-#include "plugin_runner.h"
+#include "prepared_plugin.h"
 #include "progress.h"
 
 namespace {
@@ -21,7 +21,8 @@ namespace {
 // Frames since there was sound, where there was none.
 constexpr std::int64_t kAlways = std::int64_t{1} << 40;
 
-// Longer than the tail gets, whatever the parameters move to: to judge the output's size by.
+// Longer than the tail gets, whatever the parameters move to: to judge the output's size by, and
+// what is heard of one that does not end.
 constexpr int kLongestTailSeconds = 2;
 
 // A block's samples as files have them and as the plug-in has them.
@@ -129,7 +130,6 @@ RenderReport Renderer::Run() {
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     report.rate = reader.Rate();
     report.clips = writer.Clips();
-    report.clearCount = plugin.ClearCount();
     return report;
 }
 
@@ -150,7 +150,8 @@ void Renderer::RenderTail() {
 
 std::int64_t Renderer::TailFrames() const {
     if (options.tailSeconds) return std::llround(*options.tailSeconds * reader.Rate());
-    return std::max<std::int64_t>(plugin.TailLength() - quietFrames, 0);
+    const int longest = kLongestTailSeconds * reader.Rate();
+    return std::max<std::int64_t>(plugin.TailLength(longest) - quietFrames, 0);
 }
 
 void Renderer::RenderSilence(std::int64_t frames) {
@@ -186,31 +187,11 @@ PluginRunner::Transport Renderer::TransportNow() const {
     return {options.tempo, options.position + seconds * options.tempo / kSecondsPerMinute};
 }
 
-// More than two channels are surround, which has no pairs that another mode could take apart.
-ChannelMode ModeFor(const RenderOptions& options, int channels) {
-    if (channels <= 2) return options.channelMode.value_or(kModeLeftRight);
-    if (options.channelMode.value_or(kModeSurround) == kModeSurround) return kModeSurround;
-    const char* const name = kChannelModes[static_cast<std::size_t>(*options.channelMode)].name;
-    throw RenderError("Cannot render '" + options.input + "' as '" + name + "': it has " +
-                      std::to_string(channels) +
-                      " channels, and only 'Surround' takes more than 2.");
-}
-
 }  // namespace
 
 RenderReport RenderFile(const RenderOptions& options) {
     AudioReader reader(options.input);
-    PluginRunner plugin(reader.Channels() > 2);
-    const ParameterList parameters = plugin.Parameters();
-    if (options.seed) SetRandomSeed(*options.seed);
-    plugin.Start({.channels = reader.Channels(),
-                  .rate = reader.Rate(),
-                  .largestBlock = BlockCutter(options.blockSize).Largest(),
-                  .highQuality = options.highQuality,
-                  .bypassed = options.bypass,
-                  .channelMode = ModeFor(options, reader.Channels()),
-                  .randomize = options.randomize,
-                  .settings = parameters.ReadSettings(options.settings),
-                  .lanes = parameters.ReadLanes(options.automation)});
-    return Renderer(options, reader, plugin).Run();
+    PreparedPlugin prepared(options, reader.Channels(), reader.Rate());
+    if (!options.stateOut.empty()) prepared.SaveState(options.stateOut);
+    return Renderer(options, reader, prepared.Runner()).Run();
 }

@@ -22,8 +22,7 @@ struct RenderReport {
     double elapsedSeconds = 0;
     LevelMeter input;
     LevelMeter output;
-    std::int64_t clearCount = 0;  // blocks whose output was not finite
-    bool clips = false;           // the output's format has no room above full scale
+    bool clips = false;  // the output's format has no room above full scale
 };
 
 RenderReport RenderFile(const RenderOptions& options);

@@ -37,9 +37,6 @@ std::string Warnings(const std::string& outputPath, const RenderReport& report) 
     if (const std::uint64_t count = report.input.NonFiniteCount())
         text += "Warning: " + std::to_string(count) +
                 " samples of the input are no finite numbers and were taken as 0.\n";
-    if (report.clearCount > 0)
-        text += "Warning: the effect was silenced " + std::to_string(report.clearCount) +
-                " times, since its output was not finite.\n";
     const double peak = report.output.PeakDecibels();
     if (report.clips && peak > 0)
         text += "Warning: '" + outputPath + "' is clipped, since the sound goes " + Decibels(peak) +

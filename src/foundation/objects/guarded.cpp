@@ -35,3 +35,7 @@ void ReportSwallowed(const char* trace) noexcept {
         std::fprintf(stderr, "%s\n", text.ToUtf8().c_str());
     });
 }
+
+void TraceNumber(const char* label, std::int64_t number) noexcept {
+    Trace([&] { std::fprintf(stderr, "%s%lld\n", label, static_cast<long long>(number)); });
+}

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstdint>
 #include <utility>
 
 #include "foundation/text/exception.h"
@@ -17,6 +18,8 @@
 
 void ReportSwallowed(const char* trace, const MException& exception) noexcept;
 void ReportSwallowed(const char* trace) noexcept;
+// A line for developers, at the same place and under the same condition.
+void TraceNumber(const char* label, std::int64_t number) noexcept;
 
 template <typename Neutral, typename Body>
 Neutral Guarded(const char* trace, Neutral neutral, Body&& body) noexcept {

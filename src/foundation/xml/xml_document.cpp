@@ -36,6 +36,8 @@ public:
         return false;
     }
 
+    bool IsOpen() const { return current != nullptr; }
+
 private:
     bool Close(const MString& name) {
         if (current == nullptr || current->GetName().CompareNoCase(name) != 0)
@@ -55,6 +57,7 @@ void MXMLDocument::Load(MByteStream& stream, const MXMLOptions& options) {
     TreeBuilder builder(root);
     builder.Parse(stream, options);
     if (IsEmpty()) RaiseInvalidFile("The XML does not contain any elements.");
+    if (options.mustBeClosed && builder.IsOpen()) RaiseInvalidFile("The document ends too early.");
 }
 
 void MXMLDocument::Save(MByteStream& stream, bool compact, const MString& encoding) const {

@@ -24,8 +24,9 @@ public:
     void Clear() { root.Clear(); }
 
     // Clears the document first. What stands behind the root element is not read, and elements that
-    // are open at the end of the stream count as closed. After an error the document has what was
-    // read before it.
+    // are open at the end of the stream count as closed, unless the options forbid it: then it
+    // raises "The document ends too early." as the other errors. After an error the document has
+    // what was read before it.
     void Load(MByteStream& stream, const MXMLOptions& options = {});
     // The declaration names the encoding as it is told here.
     void Save(MByteStream& stream, bool compact, const MString& encoding) const;

@@ -14,6 +14,8 @@ struct MXMLOptions {
     MString encoding = "utf-8";
     int maximumDepth = 512;  // elements within each other, the root included
     std::int64_t maximumBytes = std::int64_t{64} << 20;
+    // Of MXMLDocument: a document that ends before its root element does is refused.
+    bool mustBeClosed = false;
 };
 
 // Reads the system's XML dialect and tells what it finds, without building a tree.

@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// What a host says, call by call.
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+#include <thread>
+
+#include "hosts/adapter/instance_count.h"
+#include "hosts/vst2/vst_host.h"
+#include "support/rows.h"
+
+namespace {
+
+// The words of a row's left side, one after the other.
+struct Words {
+    std::string Text() {
+        std::string word;
+        stream >> word;
+        return word;
+    }
+    double Number() { return std::stod(Text()); }
+    float Float() { return static_cast<float>(Number()); }
+    int Int() { return std::stoi(Text()); }
+
+    std::istringstream stream;
+};
+
+template <typename... Values>
+std::string Answer(const Values&... values) {
+    std::ostringstream text;
+    ((text << values << ' '), ...);
+    return text.str().substr(0, text.str().size() - 1);
+}
+
+using Section = std::string (*)(HostedFake& fake, Words& row);
+const std::map<std::string, Section> kSections = {
+    {"opcode",
+     [](HostedFake& fake, Words& row) {
+         fake.plugin.receivesMIDI = true;
+         const int opcode = row.Int(), index = row.Int();
+         return Answer(fake.host.Call(opcode, index, row.Int()));
+     }},
+    {"text",
+     [](HostedFake& fake, Words& row) {
+         fake.plugin.SetParameter(0, 0.25, true);
+         fake.host.Ask(4, "A name of twenty-nine-\u20acuro");
+         const int opcode = row.Int(), index = row.Int();
+         return fake.host.Text(opcode, index, static_cast<std::size_t>(row.Int()));
+     }},
+    {"can do",
+     [](HostedFake& fake, Words& row) {
+         fake.plugin.receivesMIDI = true;
+         const VstIntPtr receives = fake.host.Ask(51, row.stream.str());
+         std::swap(fake.plugin.receivesMIDI, fake.plugin.sendsMIDI);
+         return Answer(receives, fake.host.Ask(51, row.stream.str()));
+     }},
+    {"parameter",
+     [](HostedFake& fake, Words& row) {
+         AEffect* const effect = fake.host.effect;
+         effect->setParameter(effect, 0, 0.5f);
+         const int index = row.Int();
+         effect->setParameter(effect, index, row.Float());
+         return Answer(effect->getParameter(effect, 0), effect->getParameter(effect, index));
+     }},
+    {"value text",
+     [](HostedFake& fake, Words& row) {
+         fake.plugin.SetParameter(0, 0.5, true);
+         const VstIntPtr read = fake.host.Ask(27, row.Text());
+         return Answer(read, fake.plugin.GetParameter(0));
+     }},
+    {"rate",
+     [](HostedFake& fake, Words& row) {
+         fake.host.Call(10, 0, 0, nullptr, row.Float());
+         return Answer(fake.plugin.hostSampleRate);
+     }},
+    {"tail",
+     [](HostedFake& fake, Words& row) {
+         fake.plugin.tail = row.Int();
+         return Answer(fake.host.Call(52));
+     }},
+    {"events",
+     [](HostedFake& fake, Words& row) {
+         fake.host.abilities = {row.Text()};
+         fake.plugin.receivesMIDI = row.Int() != 0;
+         fake.host.Call(12, 0, 0);
+         fake.host.Call(12, 0, 1);
+         return Answer(fake.host.Count(6));
+     }},
+    {"arrangement",
+     [](HostedFake&, Words& row) {
+         const auto pins = static_cast<std::size_t>(row.Int());
+         HostedFake fake(std::make_unique<FakePlugin>(pins, pins));
+         fake.plugin.channelsPerBus = row.Int();
+         fake.plugin.connectedInputs = fake.plugin.connectedOutputs = 9;
+         VstSpeakerArrangement sides[2];
+         VstSpeakerArrangement* told[2] = {&sides[0], &sides[1]};
+         for (auto*& side : told) {
+             const std::string channels = row.Text();
+             side->numChannels = std::atoi(channels.c_str());
+             if (channels == "-") side = nullptr;
+         }
+         const auto input = reinterpret_cast<VstIntPtr>(told[0]);
+         const VstIntPtr taken = fake.host.Call(42, 0, input, told[1]);
+         return Answer(taken, fake.plugin.connectedInputs, fake.plugin.connectedOutputs);
+     }},
+    {"pin",
+     [](HostedFake&, Words& row) {
+         char room[129] = {};
+         auto& pin = *reinterpret_cast<VstPinProperties*>(room);
+         std::fill_n(room, 128, '#');
+         const int opcode = row.Int();
+         const VstIntPtr known = VstHost(MakeChorus()).Call(opcode, row.Int(), 0, room);
+         if (known == 0) return Answer(known, room + 124);
+         return Answer(known, pin.label, pin.shortLabel, pin.flags, pin.arrangementType,
+                       room + 124);
+     }},
+    {"state",
+     [](HostedFake& fake, Words& row) {
+         fake.plugin.text = "kept";
+         const VstIntPtr taken = fake.host.Load(row.stream.str());
+         return Answer(taken, fake.plugin.text.ToUtf8());
+     }},
+    {"transport",
+     [](HostedFake& fake, Words& row) {
+         fake.time.ppqPos = row.Number();
+         fake.time.flags = row.Int() << 1;
+         fake.RunBlock();
+         EXPECT_EQ(fake.time.ppqPos, fake.plugin.position);
+         return Answer(fake.plugin.playing, fake.plugin.positionJumped, fake.plugin.playingChanged);
+     }},
+    {"bar",
+     [](HostedFake& fake, Words& row) {
+         fake.time.barStartPos = row.Number();
+         fake.time.timeSigDenominator = row.Int();
+         fake.time.cycleStartPos = row.Number();
+         fake.time.cycleEndPos = row.Number();
+         fake.RunBlock();
+         return Answer(fake.plugin.barStart, fake.plugin.cycleStart, fake.plugin.cycleEnd);
+     }},
+};
+
+}  // namespace
+
+TEST(VstEffect, AnswersAsTheTableTells) {
+    HostedFake moving;
+    moving.time.timeSigNumerator = 4;
+    ForEachRow(QUILLOREA_VST_CASES, [&](const Row& row) {
+        HostedFake fresh;
+        Words words{std::istringstream(row.left)};
+        const bool moves = row.section == "transport" || row.section == "bar";
+        EXPECT_EQ(row.right, kSections.at(row.section)(moves ? moving : fresh, words));
+    });
+}
+
+TEST(VstEffect, TellsWhatItIs) {
+    VstHost host(MakeChorus());
+    const AEffect& effect = *host.effect;
+    EXPECT_EQ(0x56737450, effect.magic);
+    EXPECT_EQ((1 << 4) | (1 << 5), effect.flags);  // replaces, keeps chunks; no editor
+    EXPECT_EQ(1, effect.numPrograms);
+    EXPECT_EQ(2, effect.numInputs);
+    EXPECT_EQ(2, effect.numOutputs);
+    EXPECT_EQ(MakeChorus()->GetHostParameterCount(), effect.numParams);
+    EXPECT_EQ(1234, effect.version);
+    EXPECT_EQ(nullptr, effect.processDoubleReplacing);
+    EXPECT_EQ(1, InstanceCount::Get());
+
+    VstPatchInfo info{1, effect.uniqueID, 1, 1};
+    EXPECT_EQ(1, host.Call(75, 0, 0, &info));
+    info.uniqueID = 7;
+    EXPECT_EQ(-1, host.Call(76, 0, 0, &info));
+
+    VstSpeakerArrangement kept{1, 2};
+    VstSpeakerArrangement *input = &kept, *output = &kept;
+    EXPECT_EQ(0, host.Call(69, 0, reinterpret_cast<VstIntPtr>(&input), &output));
+    EXPECT_TRUE(input == nullptr && output == nullptr);
+}
+
+TEST(VstEffect, DropsTheEchoOfItsOwnThreadOnly) {
+    HostedFake fake;
+    AEffect* const effect = fake.host.effect;
+    fake.host.onAutomate = [&](int index, float value) {
+        EXPECT_EQ(0.5f, value);
+        effect->setParameter(effect, index, 0.9f);
+        EXPECT_EQ(0, effect->getParameter(effect, 0));
+        std::thread([&] { effect->setParameter(effect, index, 0.25f); }).join();
+    };
+    fake.plugin.SendAutomation(0, 0.5);
+    fake.plugin.SendAutomation(1, 0.5);
+    EXPECT_EQ(1, fake.host.Count(0));
+    EXPECT_EQ(0.25f, effect->getParameter(effect, 0));
+    effect->setParameter(effect, 0, 0.75f);
+    EXPECT_EQ(0.75f, effect->getParameter(effect, 0));
+}
+
+TEST(VstEffect, TellsLatencyWhenItChanges) {
+    HostedFake fake;
+    for (const int latency : {0, 30, 30, 7}) {
+        fake.plugin.latency = latency;
+        fake.host.Resume(64);
+        EXPECT_EQ(latency, fake.host.effect->initialDelay);
+    }
+    EXPECT_EQ(2, fake.host.Count(13));
+}
+
+TEST(VstEffect, IsStereoInAnOldHost) {
+    auto plugin = std::make_unique<FakePlugin>(16, 16);
+    plugin->channelsPerBus = 8;
+    plugin->inputChannelNames[9] = "Side 2";
+    HostedFake fake(std::move(plugin), 2299);
+    EXPECT_EQ(4, fake.host.effect->numInputs);
+    EXPECT_EQ(2, fake.host.effect->numOutputs);
+    EXPECT_EQ(2, fake.plugin.GetInputBusCount());
+    EXPECT_EQ("Side 2", fake.plugin.inputChannelNames[3].ToUtf8());
+}
+
+TEST(VstEntry, AnswersNullWhereThereIsNoPlugin) {
+    EXPECT_EQ(nullptr, VstHost(MakeChorus(), 0).effect);
+    EXPECT_EQ(nullptr, VstHost(nullptr).effect);
+    EXPECT_EQ(nullptr, StartVSTPlugin(nullptr, {}));
+    ProductInfo product;
+    product.create = []() -> std::unique_ptr<MAudioPlugin> { throw std::bad_alloc(); };
+    EXPECT_EQ(nullptr, CreateVSTPlugin(nullptr, product));
+    EXPECT_EQ(0, InstanceCount::Get());
+}

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "plugin_description.h"
+
+#include <algorithm>
+
+#include "effect/chorus_entry.h"
+
+PluginDescription::PluginDescription() {
+    plugin.Initialize("chorus", "Chorus", ChorusEntry);
+    parameters.resize(static_cast<std::size_t>(plugin.GetHostParameterCount()));
+    for (const auto& adapter : plugin.Table().Adapters())
+        parameters[static_cast<std::size_t>(adapter->baseIndex)] =
+            dynamic_cast<ParameterMainBase*>(adapter.get());
+}
+
+std::vector<ParameterMainBase*> PluginDescription::Randomize(double amount) {
+    const bool hasBands = std::any_of(parameters.begin(), parameters.end(), [](auto* parameter) {
+        return parameter != nullptr && parameter->bandLocal;
+    });
+    std::vector<ParameterMainBase*> drawn;
+    for (ParameterMainBase* const parameter : parameters) {
+        if (parameter == nullptr || parameter->bandLocal != hasBands) continue;
+        if (parameter->GetRandomizable() == 0) continue;
+        parameter->Randomize(amount);
+        drawn.push_back(parameter);
+    }
+    return drawn;
+}
+
+int BandOf(ParameterMainBase& parameter) {
+    constexpr std::size_t kDigitPlace = 5;
+    const std::string prefix = parameter.namePrefix.ToUtf8();
+    return prefix.starts_with("Band ") && prefix.size() > kDigitPlace ? prefix[kDigitPlace] - '0'
+                                                                      : 0;
+}

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <vector>
+
+#include "parameters/parameter_adapter.h"
+#include "plugin/effect_adapter.h"
+
+// What this program knows of the plug-in by itself: identifiers, units, ranges and choices of its
+// parameters, which the host interfaces do not carry. It makes no sound.
+//
+// Errors   MException where the effect can't be made
+
+class PluginDescription {
+public:
+    PluginDescription();
+
+    // By the host's index; null where one is no plain parameter.
+    const std::vector<ParameterMainBase*>& Parameters() const { return parameters; }
+
+    // Whether a plug-in with so many parameters, beside those of the interface, is this one.
+    bool Describes(std::size_t parameterCount) const { return parameterCount == parameters.size(); }
+
+    // Draws the effect's parameters, of every band; answers which those are.
+    std::vector<ParameterMainBase*> Randomize(double amount);
+
+private:
+    class Plugin : public MAudioEffectPluginToAudioPluginAdapter {
+    public:
+        const AutomationTable& Table() const { return automation; }
+    };
+
+    Plugin plugin;
+    std::vector<ParameterMainBase*> parameters;
+};
+
+// The number in front of an identifier that is one band's, "Band 2 Rate"; 0 for the others.
+int BandOf(ParameterMainBase& parameter);
