@@ -102,7 +102,9 @@ TEST_F(StartUp, StartsAThreadWithTheProcessingAndLeavesNoneBehind) {
     const int before = ThreadCount();
     {
         const std::unique_ptr<MAudioPlugin> plugin = CreateProductPlugin();
+        plugin->SetConnectedChannels(2, 2);
         EXPECT_EQ(ThreadCount(), before) << "a scan goes so far";
+        plugin->AnnounceBlockSize(64);
         plugin->InitProcessing();
         plugin->InitProcessing();
         EXPECT_EQ(ThreadCount(), before + 1);
