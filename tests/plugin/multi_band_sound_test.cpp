@@ -103,9 +103,9 @@ TEST(Bands, SoundAsTheirSlowVersionWhateverMoves) {
     for (std::size_t k = 0; k < std::size(kSounds); ++k) {
         const Sound& sound = kSounds[k];
         const int late = sound.kind == ReferenceBands::Analog ? 0 : kLinearCrossoverLatency;
+        BandsPlugin plugin;  // each choice starts from silence
+        Prepare(sound, plugin);
         for (int choice = 0; choice < 5; ++choice) {
-            BandsPlugin plugin;
-            Prepare(sound, plugin);
             const std::vector<ReferenceBands::Block> blocks = {{late + 100, Drawn(draw, choice)},
                                                                {700, Drawn(draw, choice)},
                                                                {500, Drawn(draw, choice)}};

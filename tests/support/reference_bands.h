@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <algorithm>
 #include <cmath>
-#include <numbers>
-#include <utility>
 #include <vector>
 
+#include "dsp/analog_crossover.h"
 #include "support/signals.h"
 #include "support/slow_linear_crossover.h"
 
-// A plug-in of several bands once more, slow and literal: 64-bit samples, every filter run by
-// itself, every convolution term by term. Limits stand still; everything else moves from block to
-// block. Each effect is a gain and a delay.
+// A plug-in of several bands once more, slow and literal: 64-bit samples, one band, filter and term
+// of a convolution after the other. Limits stand still; everything else moves from block to block.
+// Each effect is a gain and a delay. Of the engine's parts it uses the plain form of the analog
+// crossover, which is compared with its prototypes by itself.
 //
 // Units    hertz, decibels, samples
 
@@ -112,63 +111,25 @@ private:
                 signal[at] *= Gain(now, last, band, share);
             });
         };
-        if (kind != Analog) scale(x);
-        if (!limits.empty()) x = kind == Analog ? AnalogBand(band, x) : LinearBand(band, x);
-        if (kind == Analog) scale(x);
-        return x;
-    }
-
-    enum Response { LowPass, HighPass, AllPass };
-
-    // A biquad by the audio EQ cookbook, direct form I.
-    Signal Filtered(Response response, double frequency, double q, const Signal& x) const {
-        const double w = 2 * std::numbers::pi * frequency / sampleRate;
-        const double c = std::cos(w), alpha = std::sin(w) / (2 * q), a0 = 1 + alpha;
-        const double low =
-            response == AllPass ? 1 - alpha : (response == LowPass ? 1 - c : 1 + c) / 2;
-        const double middle = response == AllPass ? -2 * c : response == LowPass ? 1 - c : -1 - c;
-        const double high = response == AllPass ? 1 + alpha : low;
-        Signal y(x.size());
-        for (std::size_t i = 0; i < x.size(); ++i) {
-            const double x1 = i > 0 ? x[i - 1] : 0, x2 = i > 1 ? x[i - 2] : 0;
-            const double y1 = i > 0 ? y[i - 1] : 0, y2 = i > 1 ? y[i - 2] : 0;
-            y[i] = (low * x[i] + middle * x1 + high * x2 + 2 * c * y1 - (1 - alpha) * y2) / a0;
-        }
-        return y;
-    }
-
-    Signal Cascade(Response response, double frequency, Signal x) const {
-        if (mode == 0) {
-            if (response != AllPass) return Filtered(response, frequency, 0.5, x);
-            const double pole = std::exp(-2 * std::numbers::pi * frequency / sampleRate);
-            double x1 = 0, y1 = 0;
-            for (double& sample : x) {
-                y1 = pole * sample - x1 + pole * y1;
-                x1 = std::exchange(sample, y1);
-            }
+        if (kind == Analog) {
+            x = AnalogBand(band, x);
+            scale(x);
             return x;
         }
-        for (int pass = 0; pass < (response == AllPass ? 1 : 2); ++pass)
-            for (int k = 0; k < mode; ++k)
-                x = Filtered(response, frequency,
-                             0.5 / std::cos(std::numbers::pi * (2 * k + 1) / (4 * mode)), x);
+        scale(x);
+        const std::vector<float> in(x.begin(), x.end());
+        const auto taps = SlowLinear::Band(limits, sampleRate, kind == Hybrid, band);
+        for (std::size_t i = 0; i < x.size(); ++i) x[i] = SlowLinear::Filtered(taps, in, i);
         return x;
     }
 
     Signal AnalogBand(int band, Signal x) const {
-        for (int k = 0; k < band - 1; ++k) x = Cascade(AllPass, limits[k], x);
-        if (band > 0) x = Cascade(HighPass, limits[band - 1], x);
-        for (std::size_t k = band; k < limits.size(); ++k) x = Cascade(LowPass, limits[k], x);
-        if (mode == 0 && band % 2 == 1)
-            for (double& sample : x) sample = -sample;
-        return x;
-    }
-
-    Signal LinearBand(int band, const Signal& x) const {
-        const std::vector<float> in(x.begin(), x.end());
-        const auto taps = SlowLinear::Band(limits, sampleRate, kind == Hybrid, band);
-        Signal y;
-        for (std::size_t i = 0; i < in.size(); ++i) y.push_back(SlowLinear::Filtered(taps, in, i));
-        return y;
+        AnalogCrossover crossover;
+        AnalogCrossoverState state;
+        BuildAnalog(crossover, int(limits.size()) + 1, limits.data(), sampleRate, mode);
+        Signal y(x.size());
+        for (int b = 0; b <= band && !limits.empty(); ++b)
+            RunAnalogBand(crossover, state, b, x.data(), y.data(), int(x.size()));
+        return limits.empty() ? x : y;
     }
 };
