@@ -7,13 +7,18 @@
 #include <vector>
 
 #include "effect/chorus_entry.h"
-#include "foundation/xml/store_visitor.h"
-#include "foundation/xml/xml_document.h"
 #include "plugin/frame/editor_double.h"
 #include "plugin/frame/frame_plugin.h"
 #include "plugin/multi_band_adapter.h"
+#include "plugin/state_text.h"
 #include "support/allocation_trap.h"
-#include "support/byte_string.h"
+#include "support/rows.h"
+
+inline void ForEachBandCase(const std::string& section, auto check) {
+    ForEachRow(QUILLOREA_BAND_CASES, [&](const Row& row) {
+        if (row.section == section) check(row);
+    });
+}
 
 // An effect that delays, with a level and a number of no meaning. It counts how it is called.
 struct BandEffect final : MAudioEffectPlugin {
@@ -88,25 +93,11 @@ struct BandsPlugin : MAudioEffectPluginToAudioPluginMultiBandAdapter {
         for (std::size_t i = 0; i < hertz.size(); ++i) bandLimit[i].Set(std::log10(hertz[i]));
         OnGlobalChange(false);
     }
+    // In hertz, rounded.
     std::vector<int> Limits() const {
         std::vector<int> hertz;
         for (const auto& limit : bandLimit) hertz.push_back(int(std::pow(10, limit.Get()) + 0.5));
         return hertz;
-    }
-    bool Load(const std::string& text) {
-        ByteString bytes(text);
-        MXMLDocument document;
-        document.Load(bytes);
-        return Store({false, document.Root()});
-    }
-    std::string Stored() {
-        ByteString bytes;
-        MXMLDocument document;
-        document.Root().SetName("settings");
-        EXPECT_TRUE(Store({true, document.Root()}));
-        document.Save(bytes, true, "utf-8");
-        std::erase(bytes.bytes, '\n');
-        return bytes.bytes.substr(bytes.bytes.find("<settings"));
     }
 
     Host host;
