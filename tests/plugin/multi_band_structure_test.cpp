@@ -24,6 +24,7 @@ struct Editor : EditorDouble, MMeterSink {
     std::uint32_t KeyState() override { return keys; }
     void Feed(int channel, float peak) override { told.push_back(10 * channel + peak); }
     void Update() override { told.push_back(-1); }
+    using EditorDouble::Resize;
     void Resize(int channelCount) override { told.push_back(channelCount); }
     BandsPlugin& plugin;
     std::uint32_t keys = 0;
