@@ -84,7 +84,7 @@ public:
     void ActualiseAfterLoading() override;
 
     // New values for all parameters that take part; amount 0..1, exactly 1 makes them from nothing,
-    // less moves them. The host is not told.
+    // less moves them.
     void GenerateRandomSettings(double amount);
 
     // Each at least 1.
