@@ -40,7 +40,7 @@ def build_layers():
     layer("state", "plugin")
     layer("editors", "state", "ui")
     layer("hosts/adapter", "state")
-    layer("hosts/startup", "editors", "effect", "hosts/adapter")
+    layer("hosts/startup", "hosts/adapter", "editors", "effect")
     layer("hosts/vst2", "hosts/adapter")
     layer("hosts/vst3", "hosts/adapter")
     layer("hosts", *layers)
