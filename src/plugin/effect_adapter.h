@@ -104,6 +104,8 @@ public:
 
     MString displayName;
     MPresetServices* presets = nullptr;  // not owned; null where there are none
+    // Of the user's presets the one that the settings came from; -1 for none. Kept with a song.
+    std::atomic<std::int32_t> currentPresetIndex = -1;
 
 protected:
     void Process(float** inputs, float** outputs, int sampleCount) override;
