@@ -5,11 +5,13 @@ import os
 import re
 import shutil
 import subprocess
+import threading
 import time
 from pathlib import Path
 
 MODULE = Path("/usr/lib/audacity/modules/mod-script-pipe.so")
 PATIENCE = 60  # seconds
+SETTLING = 4  # seconds; what comes before its window is up gets lost
 PIPE = "/tmp/audacity_script_pipe.{0}." + str(os.getuid())
 
 # The module counts as known, and is loaded without a question, when its time is right.
@@ -53,6 +55,7 @@ class Audacity:
         )
         self.home = home
         self.processes = []
+        self.guard = None
 
     def __enter__(self):
         for way in ("to", "from"):
@@ -66,21 +69,30 @@ class Audacity:
         try:
             self.start(["audacity"], env=environment)
             self.wait_for(lambda: all(Path(PIPE.format(way)).exists() for way in ("to", "from")))
+            time.sleep(SETTLING)
+            self.watch()
             self.pipe_to = open(PIPE.format("to"), "w", encoding="utf-8")
             self.pipe_from = open(PIPE.format("from"), encoding="utf-8")
-            self.wait_for(lambda: "OK" in self.do("Help: Command=Help"))
         except BaseException:
             self.__exit__()
             raise
         return self
 
     def __exit__(self, *_):
+        if self.guard:
+            self.guard.cancel()
         for process in reversed(self.processes):
             process.terminate()
             try:
                 process.wait(10)
             except subprocess.TimeoutExpired:
                 process.kill()
+
+    def watch(self):
+        """Ends what waits for an answer, by the end of who should give it."""
+        self.guard = threading.Timer(PATIENCE, self.processes[-1].kill)
+        self.guard.daemon = True
+        self.guard.start()
 
     def start(self, command, **options):
         silent = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
@@ -111,7 +123,9 @@ class Audacity:
         answer = ""
         while True:
             line = self.pipe_from.readline()
-            if line in ("", "\n") and answer:
+            if not line:
+                raise RuntimeError(f"Audacity does not answer {command}")
+            if line == "\n" and answer:
                 return answer
             answer += line
 
