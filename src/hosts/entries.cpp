@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 // The library's exported functions. They stand in the shared object itself, since the linker takes
-// nothing that nobody references from an archive, and hides what it takes.
+// nothing that nobody references from an archive, and hides what it takes. main is made of
+// VSTPluginMain by the linker, since the language reserves its name.
 
 #include <cstdint>
 
@@ -14,19 +15,20 @@
 #pragma GCC visibility push(default)
 extern "C" {
 
+// VST 2: a new plug-in's effect structure, null where there is none to be had.
+AEffect* VSTPluginMain(VstHostCallback hostCallback) {
+    return StartVSTPlugin(hostCallback, kProduct);
+}
+
+// VST 3: an IPluginFactory3 with a reference for the caller.
+Steinberg::IPluginFactory* GetPluginFactory() { return GetVST3PluginFactory(kProduct); }
+
 // VST 3's entry and exit of the library, by two names, as often as a host likes. What there is to
 // start is started by the first instance, and stays.
 bool ModuleEntry(void*) { return true; }
 bool ModuleExit() { return true; }
 bool InitDll() { return true; }
 bool ExitDll() { return true; }
-
-Steinberg::IPluginFactory* GetPluginFactory() { return GetVST3PluginFactory(kProduct); }
-
-// VST 2; `main` is another name for it.
-AEffect* VSTPluginMain(VstHostCallback hostCallback) {
-    return StartVSTPlugin(hostCallback, kProduct);
-}
 
 // The effect's entry for a frame in another library: a PluginEntry.
 std::intptr_t FennirAudioEffectPluginInterface(MPlugin* object, int code,
