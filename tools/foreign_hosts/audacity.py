@@ -16,6 +16,7 @@ PIPE = "/tmp/audacity_script_pipe.{0}." + str(os.getuid())
 
 # The module counts as known, and is loaded without a question, when its time is right.
 CONFIGURATION = """PrefsVersion=1.1.1r1
+NewPrefsInitialized=1
 [Locale]
 Language=en
 [GUI]
@@ -33,6 +34,12 @@ DefaultProjectSampleRate=48000
 [Quality]
 HQDitherAlgorithmChoice=None
 DitherAlgorithmChoice=None
+[Version]
+Major=3
+Minor=2
+Micro=4
+[Update]
+UpdateNoticeShown=1
 """
 
 
@@ -58,8 +65,6 @@ class Audacity:
         self.guard = None
 
     def __enter__(self):
-        for way in ("to", "from"):
-            Path(PIPE.format(way)).unlink(missing_ok=True)
         screen = self.start_screen()
         environment = os.environ | {
             "HOME": str(self.home),
@@ -67,6 +72,14 @@ class Audacity:
             "VST_PATH": str(self.home / ".vst"),
         }
         try:
+            # A scan runs in a second process, which takes the pipes away: it gets a start of its
+            # own.
+            self.start(["audacity"], env=environment)
+            self.wait_for(self.registered)
+            time.sleep(SETTLING)
+            self.end(self.processes.pop())
+            for way in ("to", "from"):
+                Path(PIPE.format(way)).unlink(missing_ok=True)
             self.start(["audacity"], env=environment)
             self.wait_for(lambda: all(Path(PIPE.format(way)).exists() for way in ("to", "from")))
             time.sleep(SETTLING)
@@ -82,11 +95,16 @@ class Audacity:
         if self.guard:
             self.guard.cancel()
         for process in reversed(self.processes):
-            process.terminate()
-            try:
-                process.wait(10)
-            except subprocess.TimeoutExpired:
-                process.kill()
+            self.end(process)
+
+    @staticmethod
+    def end(process):
+        process.terminate()
+        try:
+            process.wait(10)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
 
     def watch(self):
         """Ends what waits for an answer, by the end of who should give it."""
@@ -131,7 +149,8 @@ class Audacity:
 
     def registered(self):
         """Whether the plug-in was found and took the test of a scan."""
-        registry = (self.home / ".audacity-data/pluginregistry.cfg").read_text(errors="replace")
+        path = self.home / ".audacity-data/pluginregistry.cfg"
+        registry = path.read_text(errors="replace") if path.exists() else ""
         entry = re.search(r"Symbol=Quillorea\n.*?Valid=(\d)", registry, re.DOTALL)
         return entry is not None and entry.group(1) == "1"
 

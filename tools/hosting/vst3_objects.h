@@ -40,7 +40,7 @@ private:
     }
 };
 
-class HostParameterQueue : public HostObject<Steinberg::Vst::IParamValueQueue> {
+class HostParameterQueue final : public HostObject<Steinberg::Vst::IParamValueQueue> {
 public:
     void Restart(Steinberg::Vst::ParamID newId);
 
@@ -62,7 +62,7 @@ private:
     std::vector<Point> points;
 };
 
-class HostParameterChanges : public HostObject<Steinberg::Vst::IParameterChanges> {
+class HostParameterChanges final : public HostObject<Steinberg::Vst::IParameterChanges> {
 public:
     // A queue for each parameter, in the order in which they first appear.
     void Fill(std::span<const HostedChange> changes);
@@ -79,7 +79,7 @@ private:
     std::size_t used = 0;
 };
 
-class HostEventList : public HostObject<Steinberg::Vst::IEventList> {
+class HostEventList final : public HostObject<Steinberg::Vst::IEventList> {
 public:
     void Clear() { events.clear(); }
     // Notes and key pressure have events of their own, a program change comes as a controller.
