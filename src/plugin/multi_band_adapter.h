@@ -46,6 +46,8 @@ public:
     // What a band is made of at first: limits that suit the number of bands, nothing muted, effects
     // as they are when they are new. count is held to 1 .. 6.
     void SetDefaultBands(int count);
+    // Where so many bands are split at first, in hertz: limit 0 .. count - 2.
+    static double GetDefaultLimit(int count, int limit);
     int GetBandCount() const { return bandCount.load(kRelaxed); }
 
     // Brings the audio path in line with the bands. updateSolo where mutes may have changed.

@@ -81,6 +81,10 @@ void MAudioEffectPluginToAudioPluginMultiBandAdapter::ChangeStructure(
     StateChanged();
 }
 
+double MAudioEffectPluginToAudioPluginMultiBandAdapter::GetDefaultLimit(int count, int limit) {
+    return kDefaultLimits[count - 1][limit];
+}
+
 void MAudioEffectPluginToAudioPluginMultiBandAdapter::SetDefaultBands(int count) {
     Guarded("MAudioEffectPluginToAudioPluginMultiBandAdapter::SetDefaultBands",
             [&] { ChangeStructure([&] { SetBands(count); }); });
@@ -89,7 +93,7 @@ void MAudioEffectPluginToAudioPluginMultiBandAdapter::SetDefaultBands(int count)
 void MAudioEffectPluginToAudioPluginMultiBandAdapter::SetBands(int count) {
     const int wanted = HeldCount(count);
     for (int i = 0; i + 1 < wanted; ++i)
-        bandLimit[Index(i)].SetEffective(std::log10(kDefaultLimits[wanted - 1][i]));
+        bandLimit[Index(i)].SetEffective(std::log10(GetDefaultLimit(wanted, i)));
     for (std::size_t b = 0; b < bandGain.size(); ++b) {
         bandGain[b].SetEffective(0);
         bandPanorama[b].SetEffective(0);

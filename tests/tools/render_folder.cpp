@@ -50,8 +50,7 @@ RenderResult RenderFolder::Render(const Arguments& arguments,
 }
 
 pid_t RenderFolder::Start(const Arguments& arguments, std::optional<std::uint64_t> largestFile) {
-    std::vector<char*> texts = {const_cast<char*>(QUILLOREA_RENDER),
-                                const_cast<char*>("--plugin=" QUILLOREA_RENDERED_PLUGIN)};
+    std::vector<char*> texts = {const_cast<char*>(QUILLOREA_RENDER)};
     for (const std::string& argument : arguments)
         texts.push_back(const_cast<char*>(argument.data()));
     texts.push_back(nullptr);

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "parameters/parameter_adapter.h"
-#include "plugin/effect_adapter.h"
+#include "plugin/multi_band_adapter.h"
 
 // What this program knows of the plug-in by itself: identifiers, units, ranges and choices of its
 // parameters, which the host interfaces do not carry. It makes no sound.
@@ -25,7 +25,7 @@ public:
     std::vector<ParameterMainBase*> Randomize(double amount);
 
 private:
-    class Plugin : public MAudioEffectPluginToAudioPluginAdapter {
+    class Plugin : public MAudioEffectPluginToAudioPluginMultiBandAdapter {
     public:
         const AutomationTable& Table() const { return automation; }
     };

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state_text.h"
 
-#include <array>
 #include <cmath>
 
 #include "errors.h"
@@ -10,19 +9,13 @@
 #include "foundation/xml/xml_document.h"
 #include "nearest_text.h"
 #include "number_text.h"
+#include "plugin/multi_band_adapter.h"
 
 namespace {
 
-constexpr const char* kRoot = "settings";
-constexpr int kMostBands = 6;
+using Adapter = MAudioEffectPluginToAudioPluginMultiBandAdapter;
 
-// Hertz; those of one band stand first.
-constexpr std::array<std::array<double, 5>, kMostBands> kLimits = {{{},
-                                                                    {1000},
-                                                                    {200, 2000},
-                                                                    {200, 1000, 5000},
-                                                                    {100, 500, 2000, 8000},
-                                                                    {100, 300, 1000, 3000, 8000}}};
+constexpr const char* kRoot = "settings";
 
 constexpr const char* kSlopes[] = {"12dB/oct", "24dB/oct", "48dB/oct",
                                    "72dB/oct", "96dB/oct", "120dB/oct"};
@@ -32,8 +25,7 @@ constexpr const char* kSlopes[] = {"12dB/oct", "24dB/oct", "48dB/oct",
 void SetBands(StateEdits& edits, int count) {
     edits.Set("BandCount", std::to_string(count));
     for (int limit = 0; limit + 1 < count; ++limit) {
-        const double hertz =
-            kLimits[static_cast<std::size_t>(count - 1)][static_cast<std::size_t>(limit)];
+        const double hertz = Adapter::GetDefaultLimit(count, limit);
         edits.Set("Limit" + std::to_string(limit), FormatDigits(std::log10(hertz), 12));
     }
 }
