@@ -12,8 +12,9 @@ using testing::HasSubstr;
 
 namespace {
 
-// Depth 0 is the dry sound alone, at its own level.
+// Depth 0 is the dry sound alone, and the output's gain starts at -6 dB.
 const std::string kDry = "--set=Depth=0";
+const std::string kUnity = "--set=Output gain=0";
 
 using RenderedFiles = RenderFolder;
 
@@ -47,8 +48,8 @@ TEST_F(RenderedFiles, KeepRateChannelsLengthAndSoundInEveryFormat) {
         source.format = row.inputFormat;
         WriteSound("a", source);
         const SoundData input = ReadSound("a");
-        const SoundData output =
-            Rendered({"a", row.output, kDry, "--quality=normal", "--tail", "0"}, row.output);
+        const SoundData output = Rendered(
+            {"a", row.output, kDry, kUnity, "--quality=normal", "--tail", "0"}, row.output);
         EXPECT_EQ(output.format & (SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK), row.outputFormat);
         EXPECT_EQ(output.rate, row.rate);
         EXPECT_EQ(output.channels, row.channels);
@@ -62,7 +63,7 @@ TEST_F(RenderedFiles, LieOnTheInputHoweverTheyAreCut) {
     for (const char* quality : {"normal", "hq"}) {
         const auto cut = [&](const char* block, const std::string& setting) {
             return Rendered({"in.wav", "out.wav", "--tail=0", "--quality", quality, "--block",
-                             block, setting},
+                             block, setting, kUnity},
                             "out.wav")
                 .samples;
         };
@@ -117,7 +118,7 @@ TEST_F(RenderedFiles, AreNamedAfterTheInputAndSummedUpInOneLine) {
     SoundData square = {1000, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {}};
     for (int i = 0; i < 2500; ++i) square.samples.push_back(i / 20 % 2 == 0 ? 0.5F : -0.5F);
     WriteSound("my.take.wav", square);
-    const RenderResult result = Render({"my.take.wav", kDry, "--tail=0"});
+    const RenderResult result = Render({"my.take.wav", kDry, kUnity, "--tail=0"});
     EXPECT_THAT(result.out,
                 testing::MatchesRegex("my.take-chorus.wav: 2.50 s, [0-9.]+ times faster than real "
                                       "time; in: peak -6.0 dBFS, RMS -6.0 dBFS; "
@@ -127,7 +128,7 @@ TEST_F(RenderedFiles, AreNamedAfterTheInputAndSummedUpInOneLine) {
 
 TEST_F(RenderedFiles, ClipWithAWarningWhereTheFormatEndsAtFullScale) {
     WriteSound("in.wav", {44100, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {3, 0.25F, -2, NAN}});
-    const RenderResult result = Render({"in.wav", "out.flac", kDry, "--tail=0"});
+    const RenderResult result = Render({"in.wav", "out.flac", kDry, kUnity, "--tail=0"});
     EXPECT_THAT(result.err, HasSubstr("clipped"));
     EXPECT_THAT(result.err, HasSubstr("1 samples of the input are no finite numbers"));
     EXPECT_THAT(ReadSound("out.flac").samples,

@@ -49,14 +49,18 @@ TEST_F(RenderInterfaces, SoundAlike) {
 
 TEST_F(RenderInterfaces, SetParametersAsHostsDo) {
     const SoundData six = With({"--set=Voices=6"});
-    for (const char* setting : {"Voices=6", "5=0.5555555556", "voices=0.5555555556"})
-        EXPECT_EQ(LargestDifference(six, With({"--param", setting})), 0) << setting;
+    for (const char* interface : {"--bypass=false", "--vst2"})
+        for (const char* setting : {"Voices=6", "27=0.5555555556", "voices=0.5555555556",
+                                    "Band 1 - Voices=6", "band1voices=6"})
+            EXPECT_EQ(LargestDifference(six, With({"--param", setting, interface})), 0) << setting;
     EXPECT_EQ(LargestDifference(With({"--bypass"}), With({"--param=Bypass=1"})), 0);
     EXPECT_GT(LargestDifference(six, With({})), 0.01F);
 }
 
 TEST_F(RenderInterfaces, CarryStatesToEachOther) {
-    const Arguments settings = {"--set=Voices=6", "--channel-mode=Mid", "--protection=extreme"};
+    const Arguments settings = {"--set=Voices=6",       "--channel-mode=Mid",
+                                "--protection=extreme", "--bands=3",
+                                "--crossover=hybrid",   "--set=Band limit 1=250 Hz"};
     Arguments storing = settings;
     storing.push_back("--state-out=state");
     const SoundData sound = With(storing);
@@ -72,11 +76,11 @@ TEST_F(RenderInterfaces, CarryStatesToEachOther) {
 TEST_F(RenderInterfaces, TellOfThePlugin) {
     for (const char* interface : {"--bypass=false", "--vst2"}) {
         const std::string info = Render({"--info", interface}).out;
-        for (const char* line : {"Name: +Test plug-in\n", "Version: +1", "Latency: +18 samples\n",
+        for (const char* line : {"Name: +Quillorea\n", "Version: +0?.?1", "Latency: +18 samples\n",
                                  "Tail: +[0-9]+ samples\n", "main audio input, 2 channels\n"})
             EXPECT_THAT(info, testing::ContainsRegex(line)) << interface;
         EXPECT_THAT(Render({"--list-params", interface}).out,
-                    testing::ContainsRegex("5 +5 +.* 0.111111 = 2\n"));
+                    testing::ContainsRegex("27 +27 +Band 1.* 0.111111 = 2\n"));
     }
 }
 
@@ -89,7 +93,7 @@ TEST_F(RenderInterfaces, FailInOnePlainSentence) {
         {{"--state-in=none"}, "Cannot read 'none'.\n"},
         {{"--state-in=text"}, "'text' is no state of the plug-in: "},
         {{"--state-in=other"}, "'other' is no state of the plug-in.\n"},
-        {{"--param=Rate=fast"}, "'Rate' takes positions from 0 to 1 or a text such as '"},
+        {{"--param=Rate=fast"}, "'Band 1 - Rate' takes positions from 0 to 1 or a text such as '"},
         {{"--param=Raet=1"}, "no parameter 'Raet'; the nearest is 'Rate'"},
         {{"--crossover=30dB/oct"}, "no crossover '30dB/oct'; the nearest is '"},
         {{"--protection=none"}, "no protection 'none'; the nearest is '"},

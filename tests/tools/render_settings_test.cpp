@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
+#include <numbers>
 #include <set>
 #include <sstream>
 #include <tuple>
@@ -16,12 +18,25 @@ class RenderSettings : public RenderFolder {
 protected:
     void SetUp() override { WriteSound("in.wav", Tones(0.5, 2)); }
 
-    // Options, with bars between them. Cubic reads, which delay nothing, unless they tell another.
+    // Options, with bars between them. Cubic reads, which delay nothing, and no loss of level
+    // unless they tell another.
     std::vector<float> With(const std::string& options) {
-        Arguments arguments = {"in.wav", "out.wav", "--tail=0", "--quality=normal"};
+        Arguments arguments = {"in.wav", "out.wav", "--tail=0", "--quality=normal",
+                               "--set=Output gain=0"};
         std::istringstream stream(options);
         for (std::string option; std::getline(stream, option, '|');) arguments.push_back(option);
         return Rendered(arguments, "out.wav").samples;
+    }
+
+    // Of the left channel, over whole periods behind the first and before the last filters' ends.
+    static double LevelAt(double hertz, const std::vector<float>& samples) {
+        constexpr int kStart = 44100 / 10;
+        constexpr int kCount = 3 * 44100 / 10;
+        std::complex<double> sum = 0;
+        for (int i = kStart; i < kStart + kCount; ++i)
+            sum += static_cast<double>(samples.at(2 * static_cast<std::size_t>(i))) *
+                   std::polar(1.0, -2 * std::numbers::pi * hertz * i / 44100);
+        return 2 * std::abs(sum) / kCount;
     }
 };
 
@@ -30,12 +45,23 @@ protected:
 TEST_F(RenderSettings, MeanTheSameInEverySpelling) {
     const std::vector<std::vector<const char*>> groups = {
         {"", "--set=Voices=2", "--set|spreadmode=panorama", "--set=sync=off", "--channel-mode=7.1",
-         "--automate=Depth=0:100% wet, 100% dry"},
+         "--automate=Depth=0:100% wet, 100% dry", "--bands=1|--crossover=linear",
+         "--param=Output gain=0.5", "--set=Band 2 Voices=6"},
         {"--set=spreadmode=Haas (8 ms)", "--set=Spread mode=4", "--set|SPREADMODE=haas(8MS)"},
-        {"--set=Depth=1.5", "--set|dry/wet=+1.5", "--automate=Depth=0:0.75",
+        {"--set=Depth=1.5", "--set|band 1 dry/wet=+1.5", "--automate=Depth=0:0.75",
          "--set=Depth=0.5|--set=DEPTH=1.5"},
-        {"--set=Depth=0", "--randomize=1|--seed=9|--set=Depth=0|--set=Tremolo=0", "--bypass"},
-        {"--set=5=6", "--automate=Voices=0:6", "--set=Voices=1|--automate=5=3:6,4:6"},
+        {"--set=Depth=0", "--randomize=1|--seed=9|--set=Depth=0|--set=Tremolo=0", "--bypass",
+         "--set=Dry/wet=0"},
+        // Behind 3 of the whole, 6 gains, 5 limits, 2 triggers, 6 panoramas, a heading, 4 others.
+        {"--set=27=6", "--automate=Voices=0:6", "--set=Voices=1|--automate=27=3:6,4:6"},
+        {"--bands=3", "--bands=3|--crossover=24dB/oct|--set=Band limit 1=200 Hz",
+         "--bands=3|--param=Band limit 2=2000 Hz"},
+        {"--bands=3|--set=Voices=6", "--bands=3|--automate=Voices=0:6|--set=Voices=2",
+         "--bands=3|--set=Band 1 Voices=6|--set=Band 2 Voices=6|--set=band3voices=6"},
+        {"--bands=3|--set=Band 2 Voices=6", "--bands=3|--param=Band 2 - Voices=6"},
+        {"--bands=3|--crossover=linear"},
+        {"--bands=3|--crossover=hybrid"},
+        {"--bands=3|--crossover=120 dB/oct"},
         {"--set=Spread=0.4", "--set=Spread=40 %", "--automate=Spread=0:0.4"},
         {"--channel-mode=Side", "--channel-mode=stereo", "--channel-mode|s"},
         // The end of the range, 1.3010299956639813, as it is listed.
@@ -47,6 +73,7 @@ TEST_F(RenderSettings, MeanTheSameInEverySpelling) {
          "--tempo=90|--automate=sync=0:On|--automate=length=0:8"},
         {"--seed=3|--randomize=1", "--randomize|1|--seed|3|--block=64"},
         {"--seed=4|--randomize=1"},
+        {"--seed=4|--randomize=1|--bands=2", "--bands=2|--randomize=1|--seed=4"},
     };
     std::set<std::vector<float>> sounds;
     for (const auto& spellings : groups) {
@@ -97,6 +124,33 @@ TEST_F(RenderSettings, MoveAndHoldAsAutomated) {
     EXPECT_EQ((std::ranges::mismatch(plain, held).in1 - plain.begin()) / 2 / 512, 22);
 }
 
+TEST_F(RenderSettings, SplitIntoBandsAsAsked) {
+    // The lower band of two, 24 dB down, of a low and a high partial. Low and high passes of 24 dB
+    // an octave are in phase, 1 and r^4 over 1 + r^4; the linear kind lets nothing pass beyond its
+    // limit.
+    const double down = std::pow(10, -24 / 20.0);
+    const double low = std::pow(220 / 600.0, 4);
+    const double high = std::pow(1500 / 600.0, 4);
+    const std::tuple<const char*, double, double> rows[] = {
+        {"linear", down, 1},
+        {"24dB/oct", (down + low) / (1 + low), (down + high) / (1 + high)},
+    };
+    for (const auto& [kind, atLow, atHigh] : rows) {
+        const std::string bands = std::string("--bands=2|--crossover=") + kind;
+        const std::vector<float> out =
+            With(bands + "|--set=Band limit 1=600 Hz|--set=Band gain 1=-24|--set=Depth=0");
+        // 1 %: the frequencies that the bilinear transform bends.
+        EXPECT_NEAR(LevelAt(220, out), 0.2 * atLow, 0.2 * 0.01) << kind;
+        EXPECT_NEAR(LevelAt(1500, out), 0.1 * atHigh, 0.1 * 0.01) << kind;
+    }
+    // Both kinds of 3072 samples' latency lie on the input, but for rounding.
+    for (const char* kind : {"linear", "hybrid"}) {
+        const std::vector<float> in = ReadSound("in.wav").samples;
+        const auto out = With(std::string("--bands=2|--set=Depth=0|--crossover=") + kind);
+        for (std::size_t i = 0; i < in.size(); ++i) ASSERT_NEAR(out.at(i), in[i], 1e-6) << kind;
+    }
+}
+
 TEST_F(RenderSettings, LockTheVoicesToASongThatMovesOn) {
     // A cycle for each quarter note: a whole quarter later is the same place, half a one is not.
     const auto at = [&](const std::string& position, const std::string& block) {
@@ -114,9 +168,11 @@ TEST_F(RenderSettings, AreListedInColumns) {
     const RenderResult result = Render({"--list"});
     for (const char* row :
          {"Index +Name +Identifier +Range +Default\n",
-          "3 +Range +Range +0.0001 to 0.1 +0.01 = 10 ms\n", "9 +Advanced parameters\n",
-          "19 +Synchronization +sync +on or off +Off\n",
-          "20 +Length +synclength__ +see below +1 / 4\n", "24 +Preset trigger - next ",
+          "2 +Output gain +Output gain +-24 to 24 +-6 = -6.00 dB\n", "15 +Preset trigger - next ",
+          "22 +Band 1 Main parameters +a heading\n",
+          "25 +Band 1 Range +Band 1 Range +0.0001 to 0.1 +0.01 = 10 ms\n",
+          "41 +Band 1 Synchronization +Band 1 sync +on or off +Off\n",
+          "44 +Band 1 Phase .*\nThe same again, by index: Band 2 from 45, Band 3 from 68, ",
           "Type: 'Straight', 'Triplets', 'Dotted'\n"})
         EXPECT_THAT(result.out, testing::ContainsRegex(row));
 }

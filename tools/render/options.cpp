@@ -168,12 +168,6 @@ void AddStructure(CLI::App& app, RenderOptions& options) {
            "72dB/oct, 96dB/oct, 120dB/oct, linear or hybrid")
         ->type_name("KIND")
         ->group("Sound");
-    AddNumber(
-        app, "--upsampling", {1, 16, true},
-        [&](auto factor) { options.stateEdits.Set("upsampling", FormatNumber(*factor)); },
-        "How many times the rate the plug-in works at")
-        ->type_name("N")
-        ->group("Sound");
     app.add_option_function<std::string>(
            "--protection",
            [&](const std::string& text) {

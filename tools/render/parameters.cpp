@@ -46,14 +46,11 @@ constexpr std::string Names::*kKinds[] = {&Names::identifier, &Names::bandIdenti
 ParameterList::ParameterList(HostedPlugin& plugin, PluginDescription& description)
     : plugin(plugin), description(description) {
     const std::vector<HostedParameter> parameters = plugin.Parameters();
-    const auto count =
-        std::count_if(parameters.begin(), parameters.end(),
-                      [](const HostedParameter& each) { return !each.isBypass && !each.isHidden; });
-    const bool known = description.Describes(static_cast<std::size_t>(count));
     const auto& described = description.Parameters();
+    const std::size_t known = description.Describes(parameters) ? described.size() : 0;
     for (std::size_t i = 0; i < parameters.size(); ++i)
-        entries.push_back(
-            {i, parameters[i], known && i < described.size() ? described[i] : nullptr});
+        entries.push_back({i, parameters[i], i < known ? description.Title(i) : parameters[i].name,
+                           i < known ? described[i] : nullptr});
 }
 
 std::vector<ParameterSetting> ParameterList::ReadSettings(
@@ -88,7 +85,7 @@ double ParameterList::ReadPlainPosition(const Entry& entry, const std::string& t
     if (number && *number >= 0 && *number <= 1) return *number;
     if (const auto position = plugin.PositionOf(entry.hosted.id, text)) return *position;
     const HostedParameter& parameter = entry.hosted;
-    throw RenderError("'" + parameter.name + "' takes positions from 0 to 1 or a text such as '" +
+    throw RenderError("'" + entry.title + "' takes positions from 0 to 1 or a text such as '" +
                       plugin.TextAt(parameter.id, parameter.defaultPosition) + "', not '" + text +
                       "'.");
 }
@@ -139,7 +136,9 @@ ParameterList::Found ParameterList::FindPlain(const std::string& wanted) const {
             if (!entry.hosted.isHidden && matches(entry)) return {&entry};
         return {};
     };
-    Found found = first([&](const Entry& entry) { return Folded(entry.hosted.name) == folded; });
+    Found found = first([&](const Entry& entry) {
+        return Folded(entry.title) == folded || Folded(entry.hosted.name) == folded;
+    });
     if (found.empty())
         found = first([&](const Entry& entry) { return std::to_string(entry.index) == wanted; });
     if (found.empty())
@@ -168,7 +167,7 @@ std::string ParameterList::NearestTo(const std::string& wanted) const {
     std::vector<std::string> names;
     for (const Entry& entry : entries) {
         if (!entry.hosted.isAutomatable) continue;
-        names.push_back(entry.hosted.name);
+        names.push_back(entry.title);
         if (entry.described == nullptr || !IsSettable(*entry.described)) continue;
         const Names known = NamesOf(*entry.described);
         for (const auto kind : kKinds)
@@ -182,21 +181,37 @@ std::string ParameterList::Table() const {
         {"Index", "Name", "Identifier", "Range", "Default"}};
     std::vector<std::string> choices;
     for (const Entry& entry : entries) {
-        if (entry.described == nullptr) continue;
+        if (entry.described == nullptr || BandOf(*entry.described) > 1) continue;
         ParameterMainBase& parameter = *entry.described;
+        if (!IsSettable(parameter)) {
+            rows.push_back({std::to_string(entry.index), NamesOf(parameter).name, "", "a heading"});
+            continue;
+        }
         const ParameterRecord& record = parameter.record;
         const Names names = NamesOf(parameter);
         const bool chosen = record.type == ParameterType::Enumeration;
-        rows.push_back({std::to_string(entry.index), names.name,
-                        IsSettable(parameter) ? names.identifier : "",
+        rows.push_back({std::to_string(entry.index), names.name, names.identifier,
                         chosen ? "see below" : DescribeRange(record), DescribeDefault(parameter)});
         const std::string choice = parameter.name.ToUtf8() + ": " + DescribeRange(record) + "\n";
         if (chosen && std::ranges::find(choices, choice) == choices.end())
             choices.push_back(choice);
     }
-    std::string text = AlignedTable(rows) + '\n';
+    std::string text = AlignedTable(rows) + MoreBands() + '\n';
     for (const std::string& choice : choices) text += choice;
     return text + '\n' + kUnitsNote + '\n';
+}
+
+std::string ParameterList::MoreBands() const {
+    std::string text;
+    int last = 1;
+    for (const Entry& entry : entries) {
+        const int band = entry.described != nullptr ? BandOf(*entry.described) : 0;
+        if (band <= last) continue;
+        last = band;
+        text += (text.empty() ? "Band " : ", Band ") + std::to_string(band) + " from " +
+                std::to_string(entry.index);
+    }
+    return text.empty() ? "" : "The same again, by index: " + text + ".\n";
 }
 
 std::string ParameterList::InterfaceTable() const {

@@ -21,15 +21,17 @@
 //          take, which names what it takes
 
 inline constexpr char kUnitsNote[] =
-    "Values are in the parameter's own unit: Rate, MinFreq and MaxFreq are decimal logarithms of\n"
-    "hertz (Rate=-1 is 0.1 Hz, MinFreq=2 is 100 Hz), Range and Delay are seconds, phases are "
-    "turns,\n"
-    "everything else is a plain number or a share; or they are texts with a unit, as the plug-in\n"
-    "shows them ('Rate=0.5 Hz', 'Delay=20 ms', 'Spread=40%'). A choice is given by its text or, "
-    "where\n"
-    "no text is the same, its index from 0; a switch by on or off. A name without a band means "
-    "every\n"
-    "band's.";
+    "Values are in the parameter's own unit: Rate, MinFreq, MaxFreq and the band limits are "
+    "decimal\n"
+    "logarithms of hertz (Rate=-1 is 0.1 Hz, MinFreq=2 is 100 Hz), gains are decibels, Range and\n"
+    "Delay are seconds, phases are turns, everything else is a plain number or a share; or they\n"
+    "are texts with a unit, as the plug-in shows them ('Rate=0.5 Hz', 'Delay=20 ms', "
+    "'Spread=40%').\n"
+    "A choice is given by its text or, where no text is the same, its index from 0; a switch by "
+    "on\n"
+    "or off. A name without a band means every band's, unless it is also one of the whole "
+    "plug-in:\n"
+    "'Dry/wet' is the whole's, 'Depth' and 'Band 2 Dry/wet' are the bands'.";
 
 struct ParameterSetting {
     std::uint32_t id;
@@ -54,6 +56,7 @@ public:
     // Tables for people. With what this program knows: index, name, identifier, range, default;
     // then the choices and the units. With what the interface tells: index, ID, name, section,
     // steps, default.
+    // The bands are alike, and the first stands for all.
     std::string Table() const;
     std::string InterfaceTable() const;
 
@@ -61,6 +64,7 @@ private:
     struct Entry {
         std::size_t index;
         HostedParameter hosted;
+        std::string title;             // whole also where the interface cuts it
         ParameterMainBase* described;  // null where this program does not know it
     };
     using Found = std::vector<const Entry*>;
@@ -73,6 +77,7 @@ private:
     [[noreturn]] void Refuse(const std::string& wanted) const;
     std::string NearestTo(const std::string& wanted) const;
     double ReadPlainPosition(const Entry& entry, const std::string& text) const;
+    std::string MoreBands() const;
 
     HostedPlugin& plugin;
     PluginDescription& description;

@@ -13,6 +13,23 @@ PluginDescription::PluginDescription() {
             dynamic_cast<ParameterMainBase*>(adapter.get());
 }
 
+std::string PluginDescription::Title(std::size_t index) {
+    return plugin.GetParameterNameWithoutSection(static_cast<int>(index)).ToUtf8();
+}
+
+bool PluginDescription::Describes(std::span<const HostedParameter> hosted) {
+    std::size_t i = 0;
+    for (const HostedParameter& each : hosted) {
+        if (each.isBypass || each.isHidden) continue;
+        if (i == parameters.size()) return false;
+        // VST 2 cuts the name with its section.
+        const std::string name = plugin.GetParameterName(static_cast<int>(i)).ToUtf8();
+        if (each.name != Title(i) && !name.starts_with(each.name)) return false;
+        ++i;
+    }
+    return i == parameters.size();
+}
+
 std::vector<ParameterMainBase*> PluginDescription::Randomize(double amount) {
     const bool hasBands = std::any_of(parameters.begin(), parameters.end(), [](auto* parameter) {
         return parameter != nullptr && parameter->bandLocal;

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <span>
+#include <string>
 #include <vector>
 
+#include "hosting/hosted_plugin.h"
 #include "parameters/parameter_adapter.h"
 #include "plugin/multi_band_adapter.h"
 
@@ -18,8 +21,12 @@ public:
     // By the host's index; null where one is no plain parameter.
     const std::vector<ParameterMainBase*>& Parameters() const { return parameters; }
 
-    // Whether a plug-in with so many parameters, beside those of the interface, is this one.
-    bool Describes(std::size_t parameterCount) const { return parameterCount == parameters.size(); }
+    // What a host of VST 3 calls the one at an index: "Band 1 - Rate".
+    std::string Title(std::size_t index);
+
+    // Whether a plug-in with these parameters is this one, as far as the interface tells: those of
+    // the interface's own are none of its.
+    bool Describes(std::span<const HostedParameter> hosted);
 
     // Draws the effect's parameters, of every band; answers which those are.
     std::vector<ParameterMainBase*> Randomize(double amount);
