@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Chunks of arbitrary bytes for the chorus. One that is refused leaves the state as it was; one
+// Chunks of arbitrary bytes for the plug-in. One that is refused leaves the state as it was; one
 // that is taken gives a state that is stored and loaded without a difference, and finite audio.
 #include <algorithm>
 #include <array>
@@ -12,31 +12,31 @@
 #include "foundation/streams/memory_stream.h"
 #include "foundation/text/exception.h"
 #include "hosts/adapter/state_text.h"
-#include "plugin/effect_adapter.h"
+#include "plugin/tavrendyne_audio_effect_plugin.h"
 
 namespace {
 
 constexpr int kBlockSize = 64;
 
-using Plugin = MAudioEffectPluginToAudioPluginAdapter;
+using Plugin = MTavrendyneAudioEffectPlugin;
 
-std::unique_ptr<Plugin> MakeChorus() {
+std::unique_ptr<Plugin> MakePlugin() {
     auto plugin = std::make_unique<Plugin>();
-    plugin->Initialize("Chorus", "Chorus", ChorusEntry);
+    plugin->Initialize("Quillorea", "Quillorea", ChorusEntry);
     plugin->AnnounceBlockSize(kBlockSize);
     plugin->InitProcessing();
     return plugin;
 }
 
-Plugin& TheChorus() {
-    static const std::unique_ptr<Plugin> plugin = MakeChorus();
+Plugin& ThePlugin() {
+    static const std::unique_ptr<Plugin> plugin = MakePlugin();
     return *plugin;
 }
 
 bool Loads(const void* data, std::size_t size) {
     MMemoryStream stream(data, static_cast<std::int32_t>(size));
     try {
-        ReadState(TheChorus(), stream);
+        ReadState(ThePlugin(), stream);
     } catch (const MException&) {
         return false;
     }
@@ -45,7 +45,7 @@ bool Loads(const void* data, std::size_t size) {
 
 std::string Stored() {
     MMemoryStream stream;
-    WriteState(TheChorus(), stream);
+    WriteState(ThePlugin(), stream);
     return {reinterpret_cast<const char*>(stream.GetData()),
             static_cast<std::size_t>(stream.GetSize())};
 }
@@ -56,7 +56,7 @@ bool SoundsFinite() {
         samples[static_cast<std::size_t>(i)] = i % 7 / 7.0f - 0.4f;
     ChannelPointers inputs{samples.data(), samples.data() + kBlockSize};
     ChannelPointers outputs = inputs;
-    TheChorus().ProcessAudio(inputs.data(), outputs.data(), kBlockSize, true);
+    ThePlugin().ProcessAudio(inputs.data(), outputs.data(), kBlockSize, true);
     return std::ranges::all_of(samples, [](float sample) { return std::isfinite(sample); });
 }
 
