@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <thread>
 
 #include "foundation/objects/random.h"
 #include "plugin/bands_double.h"
@@ -106,6 +107,11 @@ TEST(BandStructure, IsEmptyWhereAnEffectCannotBeHad) {
     EXPECT_THROW(plugin.Initialize("Test", "Test", third), MException);
     plugin.InitProcessing();
     EXPECT_EQ(plugin.GetTailLength(), -1);
+    plugin.outputChannelNames.resize(2);
+    plugin.InitProcessing();
+    HostBuffers host(0, 2, 64);
+    host.Process(plugin);
+    EXPECT_EQ(Peak(host.out), 0);
 }
 
 TEST(LinkedBands, FollowEachOtherByTheSwitchOrByAKey) {
@@ -120,8 +126,11 @@ TEST(LinkedBands, FollowEachOtherByTheSwitchOrByAKey) {
         plugin.linkBands = link;
         plugin.host.told.clear();
         const int index = plugin.FindParameter(MString::FromUtf8(row.left));
-        plugin.SetParameter(index, position += 0.1, false);
-        plugin.ParameterChanged(index);
+        MLocker state(plugin.stateLock);  // which the audio thread must not wait for
+        std::thread([&] {
+            plugin.SetParameter(index, position += 0.1, false);
+            plugin.ParameterChanged(index);
+        }).join();
         EXPECT_EQ(plugin.host.told.size(), told);
         double level = 0;
         for (int b = 0; expected >> level; ++b)
