@@ -148,6 +148,16 @@ TEST(ChannelThatIsLeftOut, KeepsThePhaseOfTheBands) {
     }
 }
 
+// An effect has one channel at least; it must find neither of those that pass by.
+TEST(ChannelThatIsLeftOut, IsNotTouchedWhereNoneIsChosen) {
+    BandsPlugin plugin;
+    plugin.channelModeRequested = kModeSurround;
+    for (auto& requested : plugin.surroundRequested) requested = 0;
+    plugin.InitProcessing();
+    const Audio input = Noise(2, 600, 0.25f);
+    EXPECT_LT(LargestDifference(RunPlugin(plugin, input, 100), input), 1e-12);
+}
+
 TEST(BandSwitches, DecideWhatIsHeardAndNotWhatRuns) {
     const Audio input = Constant(2, 600, 0.5f);
     BandsPlugin plugin;
