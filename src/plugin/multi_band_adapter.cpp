@@ -139,7 +139,13 @@ void MAudioEffectPluginToAudioPluginMultiBandAdapter::SetBandMeters(const BandMe
     bandMeters = newMeters;
 }
 
+void MAudioEffectPluginToAudioPluginMultiBandAdapter::BuildEditor() {
+    MAudioEffectPluginToAudioPluginAdapter::BuildEditor();
+    isEditorOpen.store(true, kRelaxed);
+}
+
 void MAudioEffectPluginToAudioPluginMultiBandAdapter::EditorDestroyed() {
+    isEditorOpen.store(false, kRelaxed);
     MAudioEffectPluginToAudioPluginAdapter::EditorDestroyed();
     SetBandMeters({});
     previewBand.store(-1, kRelaxed);

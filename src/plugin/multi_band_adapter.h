@@ -85,6 +85,7 @@ public:
     // Where bands are linked, gives the same parameter of the others the same value.
     void ParameterChanged(int index) override;
 
+    void BuildEditor() override;
     void EditorDestroyed() override;
 
     // Switches. OnGlobalChange(true) behind a change of a mute.
@@ -177,10 +178,11 @@ private:
     void StoreBandEffects(const MStoreVisitor& visitor);
     void StoreBandEffect(const MStoreVisitor& visitor, int band);
 
-    bool AreBandsLinked();
+    bool AreBandsLinked() const;
 
     std::atomic<std::int32_t> bandCount = 1;
     std::array<std::atomic<bool>, kMaxBands> bandSolo{};
+    std::atomic<bool> isEditorOpen = false;
 
     // What is asked for, changed under processLock, and what the audio path does.
     std::atomic<bool> linearPhaseRequested = false;

@@ -38,11 +38,10 @@ bool MAudioEffectPluginToAudioPluginMultiBandAdapter::IsParameterAvailable(int i
     return BandNumberOf(GetParameterID(index)) <= GetBandCount();
 }
 
-bool MAudioEffectPluginToAudioPluginMultiBandAdapter::AreBandsLinked() {
-    if (linkBands.load(kRelaxed)) return true;
-    MLocker state(stateLock);
-    return editor != nullptr && editorFactory != nullptr &&
-           (editorFactory->KeyState() & kLinkingKeys) != 0;
+// Without a lock: who holds processLock may be the one that changes a parameter.
+bool MAudioEffectPluginToAudioPluginMultiBandAdapter::AreBandsLinked() const {
+    return linkBands.load(kRelaxed) ||
+           (isEditorOpen.load(kRelaxed) && (editorFactory->KeyState() & kLinkingKeys) != 0);
 }
 
 void MAudioEffectPluginToAudioPluginMultiBandAdapter::ParameterChanged(int index) {

@@ -46,8 +46,9 @@ MAudioEffectPluginToAudioPluginMultiBandAdapter::TakeRamps(int sampleCount) {
     const double inputEnd = inputGainFactor.Of(inputGainPrevious) * inputGainScale;
     const double outputEnd = outputGainFactor.Of(outputGainPrevious) * outputGainScale;
 
-    LinearRamp wet(dryWetFull.load(kRelaxed) ? 1 : 0);
-    if (!dryWetFull.load(kRelaxed) && !dryWetZero.load(kRelaxed)) {
+    const bool isFull = dryWetFull.load(kRelaxed);
+    LinearRamp wet(isFull ? 1 : 0);
+    if (!isFull && !dryWetZero.load(kRelaxed)) {
         const double wetFrom = move(dryWet, dryWetPrevious);
         wet = LinearRamp(wetFrom, dryWetPrevious, sampleCount);
     }

@@ -88,6 +88,10 @@ inline constexpr std::array<ProductChoiceRecord, 3> kCrossoverChoices = {{
      "<p><b>Hybrid crossover</b><p>Slow, steepness similar to analog crossover, induces latency."},
 }};
 
+// The slopes of the analog one, by the crossover's mode.
+inline constexpr std::array<const char*, 6> kCrossoverSlopes = {
+    "12dB/oct", "24dB/oct", "48dB/oct", "72dB/oct", "96dB/oct", "120dB/oct"};
+
 // Of the user's configuration. A change holds for instances that are made from then on, unless its
 // reader asks each time. Null is a configuration without settings, which keeps none.
 bool GetGlobalSwitch(const MSettingsStore* configuration, const ProductSwitchRecord& record);

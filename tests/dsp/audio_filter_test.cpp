@@ -10,7 +10,6 @@
 #include <numbers>
 #include <vector>
 
-#include "dsp/biquad.h"
 #include "foundation/objects/tolerances.h"
 #include "foundation/text/exception.h"
 #include "support/signals.h"
@@ -129,15 +128,4 @@ TEST(FilterCascade, FiltersBlocksOfAnySizeAsItDoesSamples) {
             }
         }
     }
-}
-
-TEST(Biquad, RefusesWhatItCannotFilter) {
-    const BiquadTaps taps;
-    BiquadState* none = nullptr;
-    float sample = 1;
-    EXPECT_EQ(BiquadCreate(nullptr, &taps, 1, nullptr), -8);
-    EXPECT_EQ(BiquadCreate(&none, &taps, 2, nullptr), -6);
-    EXPECT_EQ(BiquadRelease(none), -8);
-    EXPECT_EQ(BiquadSetTaps(&taps, none), -8);
-    EXPECT_EQ(BiquadRun(&sample, &sample, 1, none), -8);
 }

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "dsp/sinc_kernel.h"
-#include "dsp/vibrato.h"
 #include "support/literal_reads.h"
 #include "support/signals.h"
 
@@ -85,18 +84,5 @@ TEST(VoiceReads, AgreeWithTheLiteralSumsOnEveryProcessor) {
          {ProcessorVariant::Baseline, ProcessorVariant::Avx2, ProcessorVariant::Avx512}) {
         SCOPED_TRACE(GetVoiceReads(variant).name);
         if (HasProcessorVariant(variant)) CheckReads(GetVoiceReads(variant));
-    }
-}
-
-// In a line that rises by 1/1000 each sample a read tells how long ago its place was written.
-TEST(Vibrato, ReadsAtItsOffsetBehindTheOrigin) {
-    for (const double offset : {0.0, -0.25, -17.6, -99.99, -200.0}) {
-        MAudioFilters::Vibrato<float> sinc, cubic;
-        sinc.Configure(100, true);
-        cubic.Configure(100, false);
-        for (auto* line : {&sinc, &cubic})
-            for (int i = 0; i < 500; ++i) line->Write(static_cast<float>(i) / 1000);
-        EXPECT_NEAR(sinc.ReadSinc(offset), (499 - 19 + offset) / 1000, 5e-5);
-        EXPECT_NEAR(cubic.ReadCubic(offset), (499 - 2 + offset) / 1000, 5e-5);
     }
 }

@@ -3,6 +3,7 @@
 
 #include <random>
 
+#include "effect/chorus_driver.h"
 #include "plugin/bands_double.h"
 #include "plugin/frame/hammer.h"
 #include "support/reference_bands.h"
@@ -117,12 +118,10 @@ TEST(Bands, SoundTheSameInBlocksOfAnySize) {
 
 TEST(OneBand, IsItsEffectSixDecibelsLower) {
     BandsPlugin plugin(1, ChorusEntry);
-    MAudioEffectPluginToAudioPluginAdapter single;
-    single.Initialize("Test", "Test", ChorusEntry);
-    single.SetHostSampleRate(48000);
-    single.InitProcessing();
     const Audio input = Noise(2, 3000, 0.5f);
-    Audio expected = RunPlugin(single, input, 256);
+    Audio guarded = input;
+    for (auto& channel : guarded) std::ranges::transform(channel, channel.begin(), WithGuard);
+    Audio expected = ChorusDriver({.highQuality = true}).Rendered(guarded);
     for (auto& channel : expected)
         for (float& sample : channel) sample = float(sample * std::pow(10, -0.3));
     EXPECT_EQ(RunPlugin(plugin, input, 256), expected);
@@ -147,6 +146,16 @@ TEST(ChannelThatIsLeftOut, KeepsThePhaseOfTheBands) {
             EXPECT_LE(LargestDifference({output[0]}, {output[1]}), tolerance) << mode << bands;
         }
     }
+}
+
+// An effect has one channel at least; it must find neither of those that pass by.
+TEST(ChannelThatIsLeftOut, IsNotTouchedWhereNoneIsChosen) {
+    BandsPlugin plugin;
+    plugin.channelModeRequested = kModeSurround;
+    for (auto& requested : plugin.surroundRequested) requested = 0;
+    plugin.InitProcessing();
+    const Audio input = Noise(2, 600, 0.25f);
+    EXPECT_LT(LargestDifference(RunPlugin(plugin, input, 100), input), 1e-12);
 }
 
 TEST(BandSwitches, DecideWhatIsHeardAndNotWhatRuns) {
@@ -190,12 +199,26 @@ TEST(Bands, TakeNoMemoryAndBearOtherThreadsWhileLimitsMove) {
     }
 }
 
+// Every line and filter holds what is too large for a sample when the output breaks down.
 TEST(Bands, AreClearedWhenTheyGoWrong) {
-    BandsPlugin broken(3), sound(3);
-    const Audio input = Noise(2, 3000, 0.5f);
-    HostBuffers loud(2, 2, 3000, 3e38f);
-    loud.Process(broken);
-    EXPECT_EQ(Peak(loud.out), 0);
-    EXPECT_EQ(RunPlugin(broken, input, 500), RunPlugin(sound, input, 500));
-    EXPECT_EQ(broken.GetClearCount(), 1);
+    for (const Kind kind : {Kind::Analog, Kind::Linear}) {
+        BandsPlugin broken(3, ChorusEntry), sound(3, ChorusEntry);
+        for (BandsPlugin* const plugin : {&broken, &sound}) {
+            plugin->SetCrossoverKind(kind);
+            plugin->Set("Band 2 Min frequency", 0.3);
+            plugin->Set("Band 2 Max frequency", 0.7);
+            plugin->InitProcessing();
+        }
+        const Audio input = Noise(2, 9000, 0.5f);
+        HostBuffers loud(2, 2, 4096, 3e38f);
+        AllocationTrap trap("ProcessAudio");
+        loud.Process(broken);
+        EXPECT_EQ(trap.Calls(), 0);
+        EXPECT_EQ(Peak(loud.out), 0);
+        RunPlugin(sound, Silence(2, 4096), 4096);
+        EXPECT_LT(LargestDifference(RunPlugin(broken, input, 500), RunPlugin(sound, input, 500)),
+                  1e-6);
+        EXPECT_GE(broken.GetClearCount(), 1);
+        trap.Forgive();
+    }
 }

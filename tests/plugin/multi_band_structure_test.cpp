@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <thread>
 
 #include "foundation/objects/random.h"
 #include "plugin/bands_double.h"
@@ -31,6 +32,16 @@ struct Editor : EditorDouble, MMeterSink {
     std::vector<float> told;
 };
 
+// Tells whether it is called under a lock: they are re-entrant, so another thread has to ask.
+struct UnlockedHost : BandsPlugin::Host {
+    void UpdateLatency() override {
+        HostDouble::UpdateLatency();
+        std::thread([this] {
+            MLocker state(plugin->stateLock, 0), process(plugin->processLock, 0);
+        }).join();
+    }
+};
+
 }  // namespace
 
 TEST(BandParameters, StandAsTheUserWantsThem) {
@@ -57,15 +68,18 @@ TEST(BandStructure, HasTheLatencyAndTheTailOfItsCrossover) {
         EXPECT_EQ(plugin.GetReportedLatency(), latency);
         EXPECT_EQ(plugin.GetTailLength(), tail);
     };
+    UnlockedHost host;
     BandsPlugin plugin;
+    host.plugin = &plugin;
+    plugin.hostAdapter = &host;
     plugin.SetCrossoverKind(Kind::Linear);
     expect(plugin, 0, 100);
     plugin.SetDefaultBands(2);
     expect(plugin, 3072, 4198);
     plugin.SetCrossoverKind(Kind::Analog);
     expect(plugin, 0, 4196);
-    EXPECT_EQ(plugin.host.latencies, (std::vector<int>{3072, 0}));
-    EXPECT_EQ(plugin.host.changes, 3);
+    EXPECT_EQ(host.latencies, (std::vector<int>{3072, 0}));
+    EXPECT_EQ(host.changes, 3);
     plugin.Effect(0).tail = -5;
     EXPECT_EQ(plugin.GetTailLength(), -1);
     plugin.Effect(2).maxBlockSize = 50;
@@ -106,6 +120,11 @@ TEST(BandStructure, IsEmptyWhereAnEffectCannotBeHad) {
     EXPECT_THROW(plugin.Initialize("Test", "Test", third), MException);
     plugin.InitProcessing();
     EXPECT_EQ(plugin.GetTailLength(), -1);
+    plugin.outputChannelNames.resize(2);
+    plugin.InitProcessing();
+    HostBuffers host(0, 2, 64);
+    host.Process(plugin);
+    EXPECT_EQ(Peak(host.out), 0);
 }
 
 TEST(LinkedBands, FollowEachOtherByTheSwitchOrByAKey) {
@@ -120,8 +139,11 @@ TEST(LinkedBands, FollowEachOtherByTheSwitchOrByAKey) {
         plugin.linkBands = link;
         plugin.host.told.clear();
         const int index = plugin.FindParameter(MString::FromUtf8(row.left));
-        plugin.SetParameter(index, position += 0.1, false);
-        plugin.ParameterChanged(index);
+        MLocker state(plugin.stateLock);  // which the audio thread must not wait for
+        std::thread([&] {
+            plugin.SetParameter(index, position += 0.1, false);
+            plugin.ParameterChanged(index);
+        }).join();
         EXPECT_EQ(plugin.host.told.size(), told);
         double level = 0;
         for (int b = 0; expected >> level; ++b)

@@ -141,20 +141,27 @@ TEST(ChannelModes, ProcessTheirPartAndPassTheRestInTimeInBlocksOfAnySize) {
 }
 
 TEST(ChannelModes, SurroundShowsTheEffectTheChosenChannels) {
-    constexpr int kChannels = 6;
-    const Audio in = Noise(kChannels, 3 * kBlock, 1);
-    for (const unsigned chosen : {0b111111u, 0b101101u, 0b000010u, 0u}) {
-        FramePlugin plugin(8, 8);
-        plugin.channelsPerBus = 8;
+    for (const auto& [channels, chosen] : {std::pair{6, 0b111111u},
+                                           {6, 0b101101u},
+                                           {6, 0b000010u},
+                                           {6, 0u},
+                                           {2, 0u},
+                                           {2, 1u},
+                                           {2, 2u},
+                                           {2, 3u}}) {
+        const std::size_t pins = channels == 2 ? 2 : 8;
+        const Audio in = Noise(channels, 3 * kBlock, 1);
+        FramePlugin plugin(pins, pins);
+        plugin.channelsPerBus = static_cast<int>(pins);
         plugin.gain = kGain;
         plugin.latency = kLatency;
         plugin.channelModeRequested = kModeSurround;
         for (std::size_t c = 0; c < 8; ++c) plugin.surroundRequested[c] = chosen >> c & 1;
         plugin.Prepare();
-        plugin.SetConnectedChannels(kChannels, kChannels);
+        plugin.SetConnectedChannels(channels, channels);
         EXPECT_EQ(plugin.GetProcessingOutputChannels(), std::popcount(chosen));
         const Audio out = plugin.Run(in, kBlock);
-        for (std::size_t c = 0; c < kChannels; ++c)
+        for (std::size_t c = 0; c < in.size(); ++c)
             for (std::size_t i = kLatency; i < in[0].size(); ++i)
                 ASSERT_EQ(out[c][i], WithGuard(in[c][i - kLatency]) * (chosen >> c & 1 ? kGain : 1))
                     << chosen << " channel " << c;

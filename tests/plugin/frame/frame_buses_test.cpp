@@ -62,15 +62,3 @@ TEST(FrameBuses, TheGainTakesASharedBufferOnceAndGetsOverInfinity) {
     compensator.Apply(both, 480, 2);
     EXPECT_EQ(compensator.Gain(), 1);
 }
-
-TEST(FrameBuses, SurroundShowsTheEffectTheChosenOnesOfAPair) {
-    for (unsigned chosen = 0; chosen < 4; ++chosen) {
-        ScalingPlugin plugin(2, kModeSurround);
-        for (std::size_t c = 0; c < 8; ++c) plugin.surroundRequested[c] = chosen >> c & 1;
-        plugin.InitProcessing();
-        HostBuffers host(2, 2, kBlock);
-        host.Process(plugin);
-        for (std::size_t c = 0; c < 2; ++c)
-            EXPECT_EQ(host.out[c][9 + kLatency], host.in[c][9] * (chosen >> c & 1 ? kGain : 1));
-    }
-}
