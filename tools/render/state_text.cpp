@@ -10,15 +10,13 @@
 #include "nearest_text.h"
 #include "number_text.h"
 #include "plugin/multi_band_adapter.h"
+#include "plugin/product_settings.h"
 
 namespace {
 
 using Adapter = MAudioEffectPluginToAudioPluginMultiBandAdapter;
 
 constexpr const char* kRoot = "settings";
-
-constexpr const char* kSlopes[] = {"12dB/oct", "24dB/oct", "48dB/oct",
-                                   "72dB/oct", "96dB/oct", "120dB/oct"};
 
 }  // namespace
 
@@ -31,8 +29,8 @@ void SetBands(StateEdits& edits, int count) {
 }
 
 bool SetCrossover(StateEdits& edits, const std::string& kind) {
-    for (std::size_t slope = 0; slope < std::size(kSlopes); ++slope) {
-        if (Folded(kSlopes[slope]) != Folded(kind)) continue;
+    for (std::size_t slope = 0; slope < kCrossoverSlopes.size(); ++slope) {
+        if (Folded(kCrossoverSlopes[slope]) != Folded(kind)) continue;
         edits.Set("CrossoverMode", std::to_string(slope));
         edits.Set("LinearPhaseCrossover", "0");
         return true;
@@ -45,7 +43,7 @@ bool SetCrossover(StateEdits& edits, const std::string& kind) {
 }
 
 std::vector<std::string> CrossoverNames() {
-    std::vector<std::string> names(std::begin(kSlopes), std::end(kSlopes));
+    std::vector<std::string> names(kCrossoverSlopes.begin(), kCrossoverSlopes.end());
     names.insert(names.end(), {"linear", "hybrid"});
     return names;
 }
