@@ -66,8 +66,8 @@ public:
         plugin->SetState(StateOf(*plugin, patch));
         for (const HostedParameter& parameter : plugin->Parameters())
             if (parameter.name.ends_with("Voices"))
-                plugin->SetPosition(parameter.id, *plugin->PositionOf(
-                                                      parameter.id, std::to_string(patch.voices)));
+                plugin->SetPosition(
+                    parameter.id, *plugin->PositionOf(parameter.id, std::to_string(patch.voices)));
         plugin->Activate(true);
         for (auto* const side : {&input, &output})
             for (auto& channel : *side) pointers.push_back(channel.data());
@@ -167,10 +167,9 @@ void Register(const std::string& path, const std::string& label) {
                                {"6 linear bands of 10 voices", 6, 10, true}})
         benchmark::RegisterBenchmark(name(std::string("process/") + patch.name).c_str(), Process,
                                      path, patch);
-    for (const Patch& patch :
-         {Patch{"stereo"},
-          {"6 linear bands, 8 channels", 6, 10, true, 8},
-          {"6 linear bands, 8 channels, 384 kHz", 6, 10, true, 8, 384000}})
+    for (const Patch& patch : {Patch{"stereo"},
+                               {"6 linear bands, 8 channels", 6, 10, true, 8},
+                               {"6 linear bands, 8 channels, 384 kHz", 6, 10, true, 8, 384000}})
         benchmark::RegisterBenchmark(name(std::string("create/") + patch.name).c_str(), Create,
                                      path, patch)
             ->Unit(benchmark::kMillisecond);
