@@ -140,10 +140,10 @@ void Create(benchmark::State& bench, const std::string& path, const Patch& patch
     bench.counters["MiB"] = static_cast<double>(after - before) / (1 << 20);
 }
 
-// A copy that no process has loaded yet: once loaded the library stays.
+// A copy of a new name each time: once loaded the library stays.
 void Load(benchmark::State& bench, const std::string& path) {
     const std::filesystem::path folder = std::filesystem::temp_directory_path();
-    int copies = 0;
+    static int copies = 0;
     for (auto _ : bench) {
         bench.PauseTiming();
         const auto copy = folder / ("quillorea-bench-" + std::to_string(copies++) + ".so");
