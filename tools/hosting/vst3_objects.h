@@ -40,7 +40,7 @@ private:
     }
 };
 
-class HostParameterQueue : public HostObject<Steinberg::Vst::IParamValueQueue> {
+class HostParameterQueue final : public HostObject<Steinberg::Vst::IParamValueQueue> {
 public:
     void Restart(Steinberg::Vst::ParamID newId);
 
