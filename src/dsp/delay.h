@@ -51,6 +51,12 @@ public:
     // Silence of the same length.
     void Clear() { VecZero(cells.Data(), length); }
 
+    // As new.
+    void Discard() {
+        cells.SetCapacity(0);
+        length = index = 0;
+    }
+
     const T* Cells() const { return cells.Data(); }
     int Length() const { return length; }
     int Index() const {

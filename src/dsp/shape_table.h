@@ -35,6 +35,9 @@ public:
         return point[0] + fraction * (static_cast<double>(point[1]) - point[0]);
     }
 
+    // All points and the guard.
+    const float* Points() const { return points.data(); }
+
 private:
     std::array<float, kPoints + 1> points;
 };

@@ -11,7 +11,7 @@
 //     Vibrato<float> line;
 //     line.Configure(maxSamples, true);
 //     line.Write(samples, count);
-//     line.Locate(firstIndex, offsets, points);      // then a read of dsp/voice_reads.h
+//     line.Locate(reads, firstIndex, offsets, points);      // then a read of dsp/voice_reads.h
 //
 // Units    offsets in samples before the read origin, negative or 0. The origin lies 2 samples
 //          (cubic) or 19 samples (sinc) behind the newest one, so that a read's window is complete
@@ -39,13 +39,17 @@ public:
 
     // Where the reads at offsets[i] start, the i-th one taken when i + 1 samples of a block are
     // written that started at cell firstIndex.
-    void Locate(int firstIndex, const double* offsets, ReadPoints& points) const;
+    void Locate(const VoiceReads& reads, int firstIndex, const double* offsets,
+                ReadPoints& points) const {
+        const double distance = taps / 2 + 2 * lineSamples;
+        reads.locate({this->Length(), firstIndex, distance}, offsets, points);
+    }
 
     LineView View() const { return {this->Cells(), this->Length()}; }
 
     // One read, as the last sample written would have it.
-    T ReadCubic(double offset) const { return ReadOne(GetVoiceReads().cubic, offset); }
-    T ReadSinc(double offset) const { return ReadOne(GetVoiceReads().sinc, offset); }
+    T ReadCubic(double offset) const { return ReadOne(&VoiceReads::cubic, offset); }
+    T ReadSinc(double offset) const { return ReadOne(&VoiceReads::sinc, offset); }
 
     bool IsHighQuality() const { return highQuality; }
     double Centre() const { return centre; }
@@ -54,13 +58,14 @@ private:
     static constexpr int kCubicTaps = 5;
     static constexpr int kSincTaps = 39;
 
-    T ReadOne(VoiceReads::Read read, double offset) const {
+    T ReadOne(VoiceReads::Read VoiceReads::*read, double offset) const {
+        const VoiceReads& reads = GetVoiceReads();
         ReadPoints points;
         points.count = 1;
         const int length = this->Length();
-        Locate((this->Index() + length - 1) % length, &offset, points);
+        Locate(reads, (this->Index() + length - 1) % length, &offset, points);
         T samples[4];
-        read(View(), points, samples);
+        (reads.*read)(View(), points, samples);
         return samples[0];
     }
 
@@ -69,28 +74,5 @@ private:
     int taps = kCubicTaps;
     bool highQuality = false;
 };
-
-template <typename T>
-void Vibrato<T>::Locate(int firstIndex, const double* offsets, ReadPoints& points) const {
-    const int length = this->Length();
-    const int halfKernel = taps / 2;
-    const double origin = halfKernel + 2 * lineSamples;
-    const int count = points.count;
-    const int start = firstIndex + 1;
-    for (int i = 0; i < count; ++i) {
-        const double x = offsets[i] + origin;
-        const int whole = static_cast<int>(x);
-        points.fractions[i] = x - whole;
-        // whole < length and start + i <= 2 * length: two wraps at the most.
-        int cell = whole + (start + i - length);
-        cell += cell < 0 ? length : 0;
-        cell -= cell >= length ? length : 0;
-        points.cells[i] = cell;
-    }
-    for (int i = count; i % 4 != 0; ++i) {
-        points.cells[i] = points.cells[count - 1];
-        points.fractions[i] = points.fractions[count - 1];
-    }
-}
 
 }  // namespace MAudioFilters

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <emmintrin.h>
 
+#include <cstring>
+
+#include "dsp/shape_table.h"
 #include "dsp/sinc_kernel.h"
 #include "dsp/voice_reads_variants.h"
 
@@ -30,6 +33,7 @@ struct Simd {
     }
 };
 
+#include "dsp/voice_loops_inl.h"
 #include "dsp/voice_reads_inl.h"
 
 }  // namespace baseline
@@ -73,5 +77,4 @@ void ReadCubic(const LineView& line, const ReadPoints& points, float* out) {
     }
 }
 
-const VoiceReads kBaselineVoiceReads = {"SSE2", ReadCubic, baseline::ReadSinc,
-                                        baseline::ReadSincPair, baseline::ReadSincSums};
+const VoiceReads kBaselineVoiceReads = baseline::MakeReads("SSE2");

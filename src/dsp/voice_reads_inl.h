@@ -15,7 +15,8 @@
 //     Doubles Add(a, b), Multiply(a, b)
 //     void Sum4(const Doubles sums[4], double* out)     four horizontal sums at once
 //
-// and has included dsp/voice_reads.h and dsp/sinc_kernel.h outside of it.
+// and has included dsp/voice_loops_inl.h, and dsp/voice_reads_variants.h and dsp/sinc_kernel.h
+// outside of it.
 
 using Doubles = Simd::Doubles;
 constexpr int kLanes = Simd::kLanes;
@@ -138,4 +139,9 @@ inline void ReadSincPair(const LineView& left, const LineView& right, const Read
 
 inline void ReadSincSums(const LineView& line, const ReadPoints& points, double* out) {
     ReadAll<1, double>({&line}, points, {out});
+}
+
+constexpr VoiceReads MakeReads(const char* name) {
+    return {name,       ReadCubic, ReadSinc, ReadSincPair, ReadSincSums,
+            FillPhases, ReadShape, Locate,   MixPair,      AddGained};
 }

@@ -9,7 +9,9 @@
 #define HWY_TARGET_INCLUDE "dsp/voice_reads_wide.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+#include <cstring>
 
+#include "dsp/shape_table.h"
 #include "dsp/sinc_kernel.h"
 #include "dsp/voice_reads_variants.h"
 
@@ -68,17 +70,16 @@ private:
     }
 };
 
+#include "dsp/voice_loops_inl.h"
 #include "dsp/voice_reads_inl.h"
 
 }  // namespace HWY_NAMESPACE
 }  // namespace
 
 #if HWY_TARGET == HWY_AVX2
-const VoiceReads kAvx2VoiceReads = {"AVX2", ReadCubic, HWY_NAMESPACE::ReadSinc,
-                                    HWY_NAMESPACE::ReadSincPair, HWY_NAMESPACE::ReadSincSums};
+const VoiceReads kAvx2VoiceReads = HWY_NAMESPACE::MakeReads("AVX2");
 #else
-const VoiceReads kAvx512VoiceReads = {"AVX-512", ReadCubic, HWY_NAMESPACE::ReadSinc,
-                                      HWY_NAMESPACE::ReadSincPair, HWY_NAMESPACE::ReadSincSums};
+const VoiceReads kAvx512VoiceReads = HWY_NAMESPACE::MakeReads("AVX-512");
 #endif
 HWY_AFTER_NAMESPACE();
 #endif

@@ -68,7 +68,7 @@ void ChorusLoop::RunStereo(const ChorusBlock& block, Chunk chunk, double startPh
     DryTapPair<kind>(chunk.count);
     block.tremoloPhase.Fill(tremoloPhase, chunk.first, 1, chunk.count);
     for (int v = 0; v < state.voices.voiceCount; ++v) {
-        state.voices.FillPhases(v, chunk.first, phases, chunk.count);
+        reads.fillPhases(state.voices.PhasesFrom(v, chunk.first), phases, chunk.count);
         ReadVoicePair<kind>(places, v, chunk.count);
         for (const Place place : places) TremoloOfVoice<kind>(place, v, chunk.count);
         Pan<kind>(v, chunk.count);
@@ -89,11 +89,11 @@ void ChorusLoop::RunChannel(const ChorusBlock& block, Chunk chunk, Place place) 
         // it is how single channels have always sounded.
         const std::int64_t step = static_cast<std::int64_t>(chunk.first) * voiceCount + v;
         block.tremoloPhase.Fill(tremoloPhase, step, voiceCount, chunk.count);
-        state.voices.FillPhases(v, chunk.first, phases, chunk.count);
+        reads.fillPhases(state.voices.PhasesFrom(v, chunk.first), phases, chunk.count);
         Locate(place, v, 0, chunk.count);
         ReadVoice<kind>(place);
         TremoloOfVoice<kind>(place, v, chunk.count);
-        AddTap<kind>(v, chunk.count);
+        AddToSum(taps[0], VoiceGain<kind>(0), v, 0, chunk.count);
     }
     Output(block, chunk, place);
 }
@@ -183,13 +183,10 @@ void ChorusLoop::StartSum(const double* dry, int side, int count) {
 
 // Where voice v reads: between its delay and twice its range further back.
 void ChorusLoop::Locate(Place place, int v, double phaseOffset, int count) {
-    const double range = state.voices.voiceRange[v];
-    const double delay = state.voices.voiceDelay[v];
-    const double offset = phaseOffset + place.startPhase;
-    for (int i = 0; i < count; ++i)
-        work[i] = (state.shape.At(phases[i] + offset) - 1) * range + delay;
+    const LevelLaw sweep = {-1, state.voices.voiceRange[v], state.voices.voiceDelay[v]};
+    reads.readShape(state.shape, phases, phaseOffset + place.startPhase, sweep, work, count);
     points.count = count;
-    state.vibrato[place.channel].Locate(lineStart[place.side], work, points);
+    state.vibrato[place.channel].Locate(reads, lineStart[place.side], work, points);
 }
 
 template <ChorusLoopKind kind>
@@ -220,8 +217,8 @@ template <ChorusLoopKind kind>
 void ChorusLoop::TremoloOfVoice(Place place, int v, int count) {
     if (v > 0 && !kind.voiceTremolo) return;
     double* source = work;
-    for (int i = 0; i < count; ++i)
-        source[i] = (state.shape.At(phases[i] + place.startPhase + tremoloPhase[i]) + 1) * 0.5;
+    for (int i = 0; i < count; ++i) source[i] = phases[i] + place.startPhase + tremoloPhase[i];
+    reads.readShape(state.shape, source, 0, {1, 0.5, 0}, source, count);
     if (v == 0) {
         for (int i = 0; i < count; ++i)
             outputGain[place.side][i] = TremoloGain(source[i], tremolo[i]);
@@ -232,44 +229,29 @@ void ChorusLoop::TremoloOfVoice(Place place, int v, int count) {
     }
 }
 
+// The gains of a voice's own tremolo; null where none is heard.
 template <ChorusLoopKind kind>
-void ChorusLoop::AddTap(int v, int count) {
-    if constexpr (kind.voiceTremolo) {
-        for (int i = 0; i < count; ++i) work[i] = taps[0][i] * voiceGain[0][i];
-        AddToSum(work, v, 0, count);
-    } else {
-        AddToSum(taps[0], v, 0, count);
-    }
+const double* ChorusLoop::VoiceGain(int side) const {
+    return kind.voiceTremolo ? voiceGain[side] : nullptr;
 }
 
 template <ChorusLoopKind kind>
 void ChorusLoop::Pan(int v, int count) {
-    const double ll = state.voices.voiceLL[v];
-    const double rl = state.voices.voiceRL[v];
-    const double lr = state.voices.voiceLR[v];
-    const double rr = state.voices.voiceRR[v];
-    for (int i = 0; i < count; ++i) {
-        double left = taps[1][i] * rl + taps[0][i] * ll;
-        double right = taps[1][i] * rr + taps[0][i] * lr;
-        if constexpr (kind.voiceTremolo) {
-            left *= voiceGain[0][i];
-            right *= voiceGain[1][i];
-        }
-        panned[0][i] = static_cast<float>(left);
-        panned[1][i] = static_cast<float>(right);
-    }
+    const ChorusVoices& voices = state.voices;
+    reads.mixPair({taps[1], voices.voiceRL[v]}, {taps[0], voices.voiceLL[v]}, VoiceGain<kind>(0),
+                  panned[0], count);
+    reads.mixPair({taps[1], voices.voiceRR[v]}, {taps[0], voices.voiceLR[v]}, VoiceGain<kind>(1),
+                  panned[1], count);
 }
 
 void ChorusLoop::AddDelayed(int v, int side, int count) {
     state.haasDelay[v][side].Exchange(panned[side], delayed, count);
-    AddToSum(delayed, v, side, count);
+    AddToSum(delayed, nullptr, v, side, count);
 }
 
-template <typename Sample>
-void ChorusLoop::AddToSum(const Sample* samples, int v, int side, int count) {
-    const double depth = state.voices.voiceDepth[v];
-    double* total = sum[side];
-    for (int i = 0; i < count; ++i) total[i] += samples[i] * depth * wetGain[i];
+void ChorusLoop::AddToSum(const float* samples, const double* tremoloGain, int v, int side,
+                          int count) {
+    reads.addGained({samples, state.voices.voiceDepth[v]}, tremoloGain, wetGain, sum[side], count);
 }
 
 void ChorusLoop::Output(const ChorusBlock& block, Chunk chunk, Place place) const {

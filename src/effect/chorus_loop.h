@@ -108,12 +108,11 @@ private:
     template <ChorusLoopKind kind>
     void TremoloOfVoice(Place place, int v, int count);
     template <ChorusLoopKind kind>
-    void AddTap(int v, int count);
+    const double* VoiceGain(int side) const;
     template <ChorusLoopKind kind>
     void Pan(int v, int count);
     void AddDelayed(int v, int side, int count);
-    template <typename Sample>
-    void AddToSum(const Sample* samples, int v, int side, int count);
+    void AddToSum(const float* samples, const double* tremoloGain, int v, int side, int count);
     void Output(const ChorusBlock& block, Chunk chunk, Place place) const;
 
     ChorusState& state;

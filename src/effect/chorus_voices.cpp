@@ -172,19 +172,6 @@ double ChorusVoices::Phase::At(double rate, std::int64_t further) const {
     return std::fmod(base + static_cast<double>(samples + further) * rate, ShapeTable::kPeriod);
 }
 
-void ChorusVoices::FillPhases(int v, int offset, double* phases, int count) const {
-    // Adding and taking away 2^52 rounds to a whole number, in vectors too; exact below 2^51.
-    constexpr double kRounder = 4503599627370496.0;
-    const double base = voicePhase[v].base;
-    const double rate = voiceRate[v];
-    const auto start = static_cast<double>(voicePhase[v].samples + offset);
-    for (int i = 0; i < count; ++i) {
-        const double cycles = base + (start + i) * rate;
-        const double phase = cycles - ((cycles + kRounder) - kRounder);
-        phases[i] = phase < 0 ? phase + 1 : phase;
-    }
-}
-
 void ChorusVoices::Advance(int sampleCount) {
     for (int v = 0; v < voiceCount; ++v) voicePhase[v].samples += sampleCount;
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "dsp/voice_reads.h"
 #include "effect/chorus_parameters.h"
 
 class MAudioPluginHostSync;
@@ -45,8 +46,10 @@ public:
     // Takes rates and phases from the song, as far as the host knows it.
     void FollowHost(const MAudioPluginHostSync& hostSync, double tempo, double position);
 
-    // Phases of voice v for count samples from offset samples behind the block's start on.
-    void FillPhases(int v, int offset, double* phases, int count) const;
+    // The phases of voice v from offset samples behind the block's start on.
+    PhaseRun PhasesFrom(int v, int offset) const {
+        return {voicePhase[v].base, voiceRate[v], voicePhase[v].samples + offset};
+    }
     void Advance(int sampleCount);
 
     int LineSamples() const { return lineSamples; }

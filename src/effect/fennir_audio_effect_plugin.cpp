@@ -67,10 +67,19 @@ std::intptr_t FennirAudioEffectPlugin::Prepare(int newChannels, int newSampleRat
         state.dryDelay[c].Resize(sinc ? kDryDelaySinc : kDryDelayCubic);
         state.dryDelay[c].Clear();
     }
-    for (auto& pair : state.haasDelay)
-        for (auto& line : pair) line.Reserve(std::max(state.voices.MaxHaasSamples(), 1));
+    for (int c = wanted; c < ChorusState::kMaxChannels; ++c) {
+        state.vibrato[c].Discard();
+        state.dryDelay[c].Discard();
+    }
+    if (wanted == 2) ReserveHaasLines();
     channels = wanted;
     return 0;
+}
+
+// Which only a pair of channels passes. What is in them waits for the next pair.
+void FennirAudioEffectPlugin::ReserveHaasLines() {
+    for (auto& pair : state.haasDelay)
+        for (auto& line : pair) line.Reserve(std::max(state.voices.MaxHaasSamples(), 1));
 }
 
 void FennirAudioEffectPlugin::Update() {

@@ -48,6 +48,7 @@ private:
     void UpdateFilters();
     void SetFilter(SwitchedFilter& filter, bool enabled, MAudioFilters::FilterType type,
                    double frequency);
+    void ReserveHaasLines();
     void ResizeHaasLines();
     bool UpdateRateEnabled();
 

@@ -54,6 +54,7 @@ public:
     bool ParsePositionFromText(int index, const MString& text, double& position) override;
 
     bool IsSmoothed(int index) override;
+    const ParameterRecord* RecordOf(int) override { return &record; }
     void SetSmoothing(int index, bool on) override;
     int GetRandomizable() override;
     void Randomize(double amount) override;

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <vector>
 
+#include "dsp/shape_table.h"
 #include "dsp/sinc_kernel.h"
 #include "support/literal_reads.h"
 #include "support/signals.h"
@@ -69,6 +70,38 @@ void CheckReads(const VoiceReads& reads) {
     }
 }
 
+// Bit by bit, wherever the counts end within a vector.
+void CheckSteps(const VoiceReads& reads, int count) {
+    const ShapeTable shape;
+    double phases[kMaxReads], levels[kMaxReads], sum[kMaxReads];
+    float mixed[kMaxReads];
+    const PhaseRun run = {0.3, 0.987, 123456789};
+    reads.fillPhases(run, phases, count);
+    reads.readShape(shape, phases, 7.3, {-1, 30, -5}, levels, count);
+    ReadPoints points;
+    points.count = count;
+    reads.locate({kLength, kLength - 3, 99.5}, levels, points);
+    for (int i = 0; i < count; ++i) {
+        ASSERT_NEAR(phases[i], std::fmod(0.3 + (123456789.0 + i) * 0.987, 1), 1e-7);
+        ASSERT_EQ(levels[i], (shape.At(phases[i] + 7.3) - 1) * 30 - 5);
+        const double place = levels[i] + 99.5;
+        ASSERT_EQ(points.cells[i], (static_cast<int>(place) + kLength - 2 + i) % kLength);
+        ASSERT_EQ(points.fractions[i], std::fmod(place, 1));
+    }
+    const double* const tremolos[] = {nullptr, phases};
+    for (const double* const tremolo : tremolos) {
+        std::fill_n(sum, kMaxReads, 0.1);
+        reads.mixPair({kLeft.cells, 0.3}, {kRight.cells, 0.7}, tremolo, mixed, count);
+        reads.addGained({kLeft.cells, 0.3}, tremolo, levels, sum, count);
+        for (int i = 0; i < count; ++i) {
+            const double gain = tremolo != nullptr ? tremolo[i] : 1;
+            const double both = kLeft.cells[i] * 0.3 + kRight.cells[i] * 0.7;
+            ASSERT_EQ(mixed[i], static_cast<float>(both * gain));
+            ASSERT_EQ(sum[i], 0.1 + kLeft.cells[i] * gain * 0.3 * levels[i]);
+        }
+    }
+}
+
 }  // namespace
 
 TEST(SincKernel, MeetsItsPublishedPoints) {
@@ -83,6 +116,8 @@ TEST(VoiceReads, AgreeWithTheLiteralSumsOnEveryProcessor) {
     for (const auto variant :
          {ProcessorVariant::Baseline, ProcessorVariant::Avx2, ProcessorVariant::Avx512}) {
         SCOPED_TRACE(GetVoiceReads(variant).name);
-        if (HasProcessorVariant(variant)) CheckReads(GetVoiceReads(variant));
+        if (!HasProcessorVariant(variant)) continue;
+        CheckReads(GetVoiceReads(variant));
+        for (const int count : {1, 7, kMaxReads}) CheckSteps(GetVoiceReads(variant), count);
     }
 }

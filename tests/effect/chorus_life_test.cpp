@@ -10,6 +10,7 @@
 #include <tuple>
 
 #include "effect/chorus_driver.h"
+#include "effect/fennir_audio_effect_plugin.h"
 #include "foundation/text/exception.h"
 #include "foundation/xml/attribute.h"
 #include "support/allocation_trap.h"
@@ -38,6 +39,24 @@ TEST(ChorusDriver, SeesWhatTakesMemory) {
     delete new volatile int(1);
     EXPECT_GE(trap.Calls(), 2) << "the trap is blind";
     trap.Forgive();
+}
+
+// Blocks of memory after one preparation after the other.
+std::int64_t BlocksAfter(std::initializer_list<int> channelCounts) {
+    FennirAudioEffectPlugin effect;
+    const AllocationLimit limit(1000);
+    for (const int channels : channelCounts) {
+        effect.Prepare(channels, 48000);
+        effect.Update();
+    }
+    return limit.Kept();
+}
+
+TEST(Chorus, OwnsNothingForChannelsThatAreNotInUse) {
+    if (!AllocationLimit::IsSupported()) GTEST_SKIP();
+    EXPECT_EQ(BlocksAfter({8, 2}), BlocksAfter({2}));
+    EXPECT_EQ(BlocksAfter({1}), 2) << "a line and the dry signal's";
+    EXPECT_EQ(BlocksAfter({8, 0}), 0);
 }
 
 TEST(Chorus, TellsLatencyTailAndSilence) {

@@ -7,6 +7,8 @@ AutomationAdapter::AutomationAdapter(const AutomationContext& context)
       sectionPrefix(context.sectionPrefix),
       namePrefix(context.namePrefix) {}
 
+const ParameterRecord* AutomationAdapter::RecordOf(int) { return nullptr; }
+
 void AutomationAdapter::UpdateEditor() {}
 
 void AutomationAdapter::SendAllAutomation() {

@@ -79,6 +79,8 @@ public:
     virtual bool ParsePositionFromText(int index, const MString& text, double& position) = 0;
 
     virtual bool IsSmoothed(int index) = 0;
+    // The record whose value alone decides the position; null where there is none.
+    virtual const ParameterRecord* RecordOf(int index);
     // Begins and ends a move across a block; meanwhile sets lead to its target.
     virtual void SetSmoothing(int index, bool on) = 0;
 

@@ -13,11 +13,23 @@ constexpr double kSmallestMove = 1e-5;  // of the knob's way; nobody hears a jum
 
 void AutomationInterpolation::Add(AutomationAdapter& adapter) {
     for (int i = 0; i < adapter.count; ++i)
-        if (adapter.IsSmoothed(i)) records.push_back({&adapter, i});
+        if (adapter.IsSmoothed(i)) records.push_back({&adapter, i, adapter.RecordOf(i)});
+}
+
+void AutomationInterpolation::Record::Look() {
+    if (source != nullptr) {
+        const double now = source->Get();
+        if (now == value) return;
+        value = now;
+    }
+    current = adapter->GetParameter(index);
 }
 
 void AutomationInterpolation::Follow() {
-    for (Record& record : records) record.previous = record.adapter->GetParameter(record.index);
+    for (Record& record : records) {
+        record.Look();
+        record.previous = record.current;
+    }
 }
 
 bool AutomationInterpolation::Prepare(int sampleCount) {
@@ -37,7 +49,7 @@ bool AutomationInterpolation::Prepare(int sampleCount) {
 bool AutomationInterpolation::FindMoves() {
     bool moves = false;
     for (Record& record : records) {
-        record.current = record.adapter->GetParameter(record.index);
+        record.Look();
         if (!record.started) record.previous = record.current;
         record.started = true;
         record.delta = record.current - record.previous;

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <limits>
 #include <vector>
 
 class AutomationAdapter;
 class AutomationOwner;
+class ParameterRecord;
 
 // Moves the smoothed parameters across a block in as many steps as the block has sub-blocks.
 //
@@ -41,10 +43,15 @@ public:
 
 private:
     struct Record {
+        // Takes note of the position, which costs more than a look at the value.
+        void Look();
+
         AutomationAdapter* adapter;
-        int index;            // the adapter's
-        double previous = 0;  // where the last block ended
-        double current = 0;   // where this one leads
+        int index;                      // the adapter's
+        const ParameterRecord* source;  // null: the position is asked for each time
+        double value = std::numeric_limits<double>::quiet_NaN();  // of which current was made
+        double previous = 0;                                      // where the last block ended
+        double current = 0;                                       // where this one leads
         double running = 0;
         double delta = 0;  // a sample
         bool started = false;
