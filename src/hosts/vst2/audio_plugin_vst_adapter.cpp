@@ -60,8 +60,8 @@ MAudioPluginVSTAdapter::MAudioPluginVSTAdapter(audioMasterCallback audioMaster,
                                                std::unique_ptr<MAudioPlugin> newPlugin)
     : AudioEffectX(audioMaster, 1, newPlugin->GetHostParameterCount()),
       product(newProduct),
-      plugin(std::move(newPlugin)),
-      programName(product.name) {
+      programName(product.name),
+      plugin(std::move(newPlugin)) {
     if (getMasterVersion() < kFirstVersionWithBuses) ShortenPins();
     setUniqueID(product.vst2UniqueID);
     setVersion(product.versionNumber);
@@ -73,8 +73,6 @@ MAudioPluginVSTAdapter::MAudioPluginVSTAdapter(audioMasterCallback audioMaster,
     plugin->hostAdapter = this;
     plugin->hostTag.Append("VST");
 }
-
-MAudioPluginVSTAdapter::~MAudioPluginVSTAdapter() { plugin->hostAdapter = nullptr; }
 
 void MAudioPluginVSTAdapter::ShortenPins() {
     const int channels = plugin->channelsPerBus;

@@ -28,7 +28,6 @@ class MAudioPluginVSTAdapter : public AudioEffectX, public MAudioPluginAdapter {
 public:
     MAudioPluginVSTAdapter(audioMasterCallback audioMaster, const ProductInfo& product,
                            std::unique_ptr<MAudioPlugin> newPlugin);
-    ~MAudioPluginVSTAdapter() override;
 
     void resume() override;
     // Does nothing at 0 samples and without outputs. The arrays have the pins of all buses in a
@@ -97,7 +96,6 @@ private:
 
     const ProductInfo product;
     const InstanceCount instance;
-    const std::unique_ptr<MAudioPlugin> plugin;
     MString programName;
     MMemoryStream chunk;  // the last one, for the host
     HostTransport transport;
@@ -106,4 +104,6 @@ private:
     EventList sentEvents;  // of the present block
     AutomationEcho inAutomation;
     std::atomic<std::int32_t> lastLatency = 0;  // that the host was told
+    // Last: a thread of its own may call the others until it ends.
+    const std::unique_ptr<MAudioPlugin> plugin;
 };

@@ -17,12 +17,7 @@ using namespace Steinberg;
 using namespace Steinberg::Vst;
 
 MAudioPluginVST3Adapter::MAudioPluginVST3Adapter(std::unique_ptr<MAudioPlugin> newPlugin)
-    : plugin(std::move(newPlugin)), ownTag(plugin->hostTag) {}
-
-MAudioPluginVST3Adapter::~MAudioPluginVST3Adapter() {
-    plugin->DestroyEditor();
-    plugin->hostAdapter = nullptr;
-}
+    : ownTag(newPlugin->hostTag), plugin(std::move(newPlugin)) {}
 
 tresult PLUGIN_API MAudioPluginVST3Adapter::queryInterface(const TUID wanted, void** object) {
     if (object == nullptr) return kInvalidArgument;
