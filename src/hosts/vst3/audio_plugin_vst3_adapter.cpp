@@ -159,7 +159,10 @@ void MAudioPluginVST3Adapter::GenerateMIDIEvent(int time, const std::uint8_t* by
     Guarded("MAudioPluginVST3Adapter::GenerateMIDIEvent", [&] { outputEvents.Add(time, bytes); });
 }
 
-void MAudioPluginVST3Adapter::UpdateLatency() { RequestRestart(kLatencyChanged); }
+void MAudioPluginVST3Adapter::UpdateLatency() {
+    TraceNumber("Latency: ", plugin->GetReportedLatency());
+    RequestRestart(kLatencyChanged);
+}
 
 // Behind each load all values of the host's side are out of date.
 void MAudioPluginVST3Adapter::StateChanged() {
