@@ -106,6 +106,7 @@ void MAudioPluginVSTAdapter::setBlockSize(int size) { blockSize = std::max(size,
 
 void MAudioPluginVSTAdapter::setParameter(int index, float value) {
     if (inAutomation.IsHere()) return;
+    const AutomationEcho::Scope set(hostSets);
     plugin->SetParameter(index, std::clamp<double>(value, 0, 1), false);
 }
 
@@ -138,8 +139,10 @@ bool MAudioPluginVSTAdapter::canParameterBeAutomated(int index) {
 }
 
 bool MAudioPluginVSTAdapter::string2parameter(int index, const char* text) {
-    return Guarded("MAudioPluginVSTAdapter::string2parameter", false,
-                   [&] { return plugin->ParseParameterValueName(index, MString::FromUtf8(text)); });
+    return Guarded("MAudioPluginVSTAdapter::string2parameter", false, [&] {
+        const AutomationEcho::Scope set(hostSets);
+        return plugin->ParseParameterValueName(index, MString::FromUtf8(text));
+    });
 }
 
 void MAudioPluginVSTAdapter::setProgramName(const char* text) {
@@ -278,7 +281,7 @@ int MAudioPluginVSTAdapter::getNumMidiOutputChannels() {
 }
 
 void MAudioPluginVSTAdapter::SendAutomation(int index, double position) {
-    if (!isParameter(index)) return;
+    if (!isParameter(index) || hostSets.IsHere()) return;
     const AutomationEcho::Scope sending(inAutomation);
     setParameterAutomated(index, static_cast<float>(position));
 }

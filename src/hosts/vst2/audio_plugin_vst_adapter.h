@@ -37,7 +37,8 @@ public:
     // Wait for the next block.
     bool processEvents(const VstEvents& events) override;
 
-    // What the host sends back while it is told a value is dropped.
+    // What the host sends back while it is told a value is dropped, and what it sets is no news to
+    // it.
     void setParameter(int index, float value) override;
     float getParameter(int index) override;
     void getParameterLabel(int index, char* text) override;
@@ -101,8 +102,9 @@ private:
     HostTransport transport;
     MIDIQueue inputEvents;
     MIDIQueue outputEvents;
-    EventList sentEvents;  // of the present block
-    AutomationEcho inAutomation;
+    EventList sentEvents;                       // of the present block
+    AutomationEcho inAutomation;                // within the host's call
+    AutomationEcho hostSets;                    // within setParameter
     std::atomic<std::int32_t> lastLatency = 0;  // that the host was told
     // Last: a thread of its own may call the others until it ends.
     const std::unique_ptr<MAudioPlugin> plugin;

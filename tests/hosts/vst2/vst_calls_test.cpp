@@ -167,7 +167,7 @@ TEST(VstEffect, TellsWhatItIs) {
     EXPECT_TRUE(input == nullptr && output == nullptr);
 }
 
-TEST(VstEffect, DropsTheEchoOfItsOwnThreadOnly) {
+TEST(VstEffect, DropsTheEchoOfItsOwnThreadOnlyAndSendsNone) {
     HostedFake fake;
     AEffect* const effect = fake.host.effect;
     fake.host.onAutomate = [&](int index, float value) {
@@ -178,6 +178,9 @@ TEST(VstEffect, DropsTheEchoOfItsOwnThreadOnly) {
     };
     fake.plugin.SendAutomation(0, 0.5);
     fake.plugin.SendAutomation(1, 0.5);
+    fake.plugin.Number().changed.Connect<&FakePlugin::SendBack>(&fake.plugin);
+    effect->setParameter(effect, 0, 0.75f);  // no news to the host that sets it
+    fake.host.Ask(27, "0.25");
     EXPECT_EQ(1, fake.host.counts[0]);
     EXPECT_EQ(0.25f, effect->getParameter(effect, 0));
 }

@@ -35,6 +35,7 @@ struct FakePlugin : FramePlugin {
         visitor.Text("Text", text, {});
     }
     int GetTailLength() override { return tail; }
+    void SendBack(const MOnParameterChangedParams&) { SendAutomation(0, 0.5); }
     void Process(float** inputs, float** outputs, int sampleCount) override {
         FramePlugin::Process(inputs, outputs, sampleCount);
         for (int i = 0; i < notes; ++i) SendNote(i * 30, 1, 60, 1, true);
