@@ -130,8 +130,10 @@ void MAudioPluginVSTAdapter::getParameterDisplay(int index, char* text) {
 }
 
 void MAudioPluginVSTAdapter::getParameterName(int index, char* text) {
-    WriteText("MAudioPluginVSTAdapter::getParameterName", &MAudioPlugin::GetParameterName, index,
-              text);
+    Guarded("MAudioPluginVSTAdapter::getParameterName", [&] {
+        const MString name = plugin->GetParameterShortName(index);
+        CopyText(Abbreviated(name, kParameterTextSize - 1), text, kParameterTextSize);
+    });
 }
 
 bool MAudioPluginVSTAdapter::canParameterBeAutomated(int index) {

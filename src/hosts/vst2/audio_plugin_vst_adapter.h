@@ -43,6 +43,7 @@ public:
     float getParameter(int index) override;
     void getParameterLabel(int index, char* text) override;
     void getParameterDisplay(int index, char* text) override;
+    // Seven letters that tell the parameters apart.
     void getParameterName(int index, char* text) override;
     bool canParameterBeAutomated(int index) override;
     bool string2parameter(int index, const char* text) override;

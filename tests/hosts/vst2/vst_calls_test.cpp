@@ -167,6 +167,15 @@ TEST(VstEffect, TellsWhatItIs) {
     EXPECT_TRUE(input == nullptr && output == nullptr);
 }
 
+TEST(VstEffect, TellsParametersApartInSevenLetters) {
+    VstHost host(MakeChorus());
+    std::set<std::string> names;
+    for (int i = 0; i < host.effect->numParams; ++i) names.insert(host.Text(8, i, 8));
+    EXPECT_EQ(host.effect->numParams, static_cast<int>(names.size()));
+    for (const char* name : {"Dry/wet", "BanGa6", "1Rate", "6RatVar"})
+        EXPECT_TRUE(names.contains(name)) << name;
+}
+
 TEST(VstEffect, DropsTheEchoOfItsOwnThreadOnlyAndSendsNone) {
     HostedFake fake;
     AEffect* const effect = fake.host.effect;

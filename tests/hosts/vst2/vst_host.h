@@ -14,8 +14,8 @@
 #include "hosts/adapter/product_info.h"
 #include "hosts/vst2/vst2_interface.h"
 #include "hosts/vst2/vst_entry.h"
-#include "plugin/effect_adapter.h"
 #include "plugin/frame/frame_plugin.h"
+#include "plugin/multi_band_adapter.h"
 
 // A plug-in with one parameter and one stored text, that writes down its MIDI.
 struct FakePlugin : FramePlugin {
@@ -49,7 +49,7 @@ struct FakePlugin : FramePlugin {
 };
 
 inline std::unique_ptr<MAudioPlugin> MakeChorus() {
-    auto plugin = std::make_unique<MAudioEffectPluginToAudioPluginAdapter>();
+    auto plugin = std::make_unique<MAudioEffectPluginToAudioPluginMultiBandAdapter>();
     plugin->Initialize("Chorus", "Chorus", ChorusEntry);
     return plugin;
 }
