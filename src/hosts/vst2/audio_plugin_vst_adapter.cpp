@@ -5,11 +5,11 @@
 #include "hosts/vst2/audio_plugin_vst_adapter.h"
 
 #include <algorithm>
-#include <cmath>
 #include <string_view>
 #include <utility>
 
 #include "foundation/objects/guarded.h"
+#include "hosts/adapter/host_setup.h"
 #include "hosts/adapter/interface_text.h"
 #include "hosts/adapter/state_text.h"
 
@@ -20,9 +20,6 @@ constexpr int kFirstVersionWithBuses = 2300;
 constexpr int kOldChannels = 2;
 
 constexpr int kMIDIChannels = 16;
-constexpr int kLowestSampleRate = 101;
-constexpr int kHighestSampleRate = 10'000'000;   // upsampled still an int
-constexpr int kLargestAnnouncedBlock = 1 << 16;  // larger ones are taken as they come
 
 // The first two pins of each of the first buses.
 void KeepPairs(std::vector<MString>& names, int channelsPerBus, int buses) {
@@ -86,7 +83,7 @@ void MAudioPluginVSTAdapter::resume() {
     Guarded("MAudioPluginVSTAdapter::resume", [&] {
         const bool hostSends = canHostDo("sendVstEvents") || canHostDo("sendVstMidiEvent");
         if (plugin->receivesMIDI && hostSends) wantEvents();
-        plugin->AnnounceBlockSize(std::min(blockSize, kLargestAnnouncedBlock));
+        TakeHostBlockSize(blockSize, *plugin);
         plugin->InitProcessing();
     });
 }
@@ -94,15 +91,9 @@ void MAudioPluginVSTAdapter::resume() {
 void MAudioPluginVSTAdapter::setSampleRate(float rate) {
     Guarded("MAudioPluginVSTAdapter::setSampleRate", [&] {
         sampleRate = rate;
-        if (!(rate > 0) || rate > kHighestSampleRate) return;
-        const int nearest = static_cast<int>(std::lround(rate));
-        if (nearest < kLowestSampleRate) return;
-        plugin->SetHostSampleRate(nearest);
-        plugin->InitProcessing();
+        TakeHostRate(rate, *plugin);
     });
 }
-
-void MAudioPluginVSTAdapter::setBlockSize(int size) { blockSize = std::max(size, 0); }
 
 void MAudioPluginVSTAdapter::setParameter(int index, float value) {
     if (inAutomation.IsHere()) return;

@@ -55,9 +55,7 @@ public:
     int getChunk(void** data, bool isPreset) override;
     bool setChunk(const void* data, VstIntPtr size, bool isPreset) override;
 
-    // Rates of 100 or less are ignored: some hosts send them before they know better.
     void setSampleRate(float rate) override;
-    void setBlockSize(int size) override;
     bool getInputProperties(int index, VstPinProperties& pin) override;
     bool getOutputProperties(int index, VstPinProperties& pin) override;
     bool setSpeakerArrangement(const VstSpeakerArrangement* input,
