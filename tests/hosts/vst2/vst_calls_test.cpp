@@ -57,16 +57,6 @@ const std::map<std::string, Section> kSections = {
          std::swap(fake.plugin.receivesMIDI, fake.plugin.sendsMIDI);
          return Answer(receives, fake.host.Ask(51, row.stream.str()));
      }},
-    {"parameter",
-     [](HostedFake& fake, Words& row) {
-         AEffect* const effect = fake.host.effect;
-         effect->setParameter(effect, 0, 0.5f);
-         const int index = row.Int();
-         const std::string value = row.Text();
-         if (value[0] != '"') effect->setParameter(effect, index, std::stof(value));
-         if (value[0] == '"') fake.host.Ask(27, value.substr(1));
-         return Answer(effect->getParameter(effect, 0), effect->getParameter(effect, index));
-     }},
     {"rate",
      [](HostedFake& fake, Words& row) {
          fake.host.Call(10, 0, 0, nullptr, static_cast<float>(row.Number()));
@@ -104,12 +94,6 @@ const std::map<std::string, Section> kSections = {
          if (known == 0) return Answer(known, room + 124);
          return Answer(known, pin.label, pin.shortLabel, pin.flags, pin.arrangementType,
                        room + 124);
-     }},
-    {"state",
-     [](HostedFake& fake, Words& row) {
-         fake.plugin.text = "kept";
-         const VstIntPtr taken = fake.host.Load(row.stream.str());
-         return Answer(taken, fake.plugin.text.ToUtf8());
      }},
     {"transport",
      [](HostedFake& fake, Words& row) {
@@ -149,9 +133,9 @@ TEST(VstEffect, AnswersAsTheTableTells) {
 TEST(VstEffect, TellsWhatItIs) {
     VstHost host(MakeChorus());
     const AEffect& effect = *host.effect;
-    EXPECT_EQ(Answer(0x56737450, 1, MakeChorus()->GetHostParameterCount(), 2, 2, 1234),
-              Answer(effect.magic, effect.numPrograms, effect.numParams, effect.numInputs,
-                     effect.numOutputs, effect.version));
+    EXPECT_EQ(Answer(0x56737450, 1, 2, 2, 1234),
+              Answer(effect.magic, effect.numPrograms, effect.numInputs, effect.numOutputs,
+                     effect.version));
     EXPECT_EQ((1 << 4) | (1 << 5), effect.flags);  // replaces, keeps chunks; no editor
     EXPECT_EQ(nullptr, effect.processDoubleReplacing);
     EXPECT_EQ(1, InstanceCount::Get());
@@ -213,14 +197,4 @@ TEST(VstEffect, IsStereoInAnOldHost) {
     EXPECT_EQ(2, fake.host.effect->numOutputs);
     EXPECT_EQ(2, fake.plugin.GetInputBusCount());
     EXPECT_EQ("Side 2", fake.plugin.inputChannelNames[3].ToUtf8());
-}
-
-TEST(VstEntry, AnswersNullWhereThereIsNoPlugin) {
-    EXPECT_EQ(nullptr, VstHost(MakeChorus(), 0).effect);
-    EXPECT_EQ(nullptr, VstHost(nullptr).effect);
-    EXPECT_EQ(nullptr, StartVSTPlugin(nullptr, {}));
-    ProductInfo product;
-    product.create = []() -> std::unique_ptr<MAudioPlugin> { throw std::bad_alloc(); };
-    EXPECT_EQ(nullptr, CreateVSTPlugin(nullptr, product));
-    EXPECT_EQ(0, InstanceCount::Get());
 }

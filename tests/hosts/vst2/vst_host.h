@@ -17,7 +17,7 @@
 #include "plugin/frame/frame_plugin.h"
 #include "plugin/multi_band_adapter.h"
 
-// A plug-in with one parameter and one stored text, that writes down its MIDI.
+// A plug-in with one parameter, that writes down its MIDI.
 struct FakePlugin : FramePlugin {
     using Event = std::pair<int, int>;  // time, status
 
@@ -30,9 +30,8 @@ struct FakePlugin : FramePlugin {
         events.emplace_back(time, bytes[0]);
         eventPosition = position;
     }
-    void StoreSettings(const MStoreVisitor& visitor) override {
+    void StoreSettings(const MStoreVisitor&) override {
         if (throwing) throw std::bad_alloc();
-        visitor.Text("Text", text, {});
     }
     int GetTailLength() override { return tail; }
     void SendBack(const MOnParameterChangedParams&) { SendAutomation(0, 0.5); }
@@ -43,7 +42,6 @@ struct FakePlugin : FramePlugin {
 
     std::vector<Event> events;
     double eventPosition = 0;
-    MString text;
     int tail = -1;
     int notes = 0;  // sent in each block, 30 samples apart
 };
