@@ -7,10 +7,12 @@
 #include <cstdint>
 
 #include "effect/chorus_entry.h"
+#include "foundation/objects/guarded.h"
 #include "hosts/startup/product.h"
 #include "hosts/startup/startup.h"
 #include "hosts/vst2/vst_entry.h"
 #include "hosts/vst3/vst3_entry.h"
+#include "plugin/contract/plugin.h"
 
 #pragma GCC visibility push(default)
 extern "C" {
@@ -30,10 +32,13 @@ bool ModuleExit() { return true; }
 bool InitDll() { return true; }
 bool ExitDll() { return true; }
 
-// The effect's entry for a frame in another library: a PluginEntry.
+// The effect's entry for a frame in another library: a PluginEntry. Null where there is no effect
+// to be had, and -1 for what fails.
 std::intptr_t FennirAudioEffectPluginInterface(MPlugin* object, int code,
                                                PluginArguments& arguments) {
-    return ChorusEntry(object, code, arguments);
+    const std::intptr_t failed = code == PluginCommand::kCreate ? 0 : -1;
+    return Guarded("FennirAudioEffectPluginInterface", failed,
+                   [&] { return ChorusEntry(object, code, arguments); });
 }
 
 // For a sibling library that loads this one: a LibraryEntry.

@@ -82,6 +82,8 @@ public:
     int GetLatency() override;
     int GetTailLength() override;
     bool IsParameterAvailable(int index) override;
+    // Without its section, and of "Band 1" the number alone: "1 - Rate".
+    MString GetParameterShortName(int index) override;
     // Where bands are linked, gives the same parameter of the others the same value.
     void ParameterChanged(int index) override;
 

@@ -38,6 +38,12 @@ bool MAudioEffectPluginToAudioPluginMultiBandAdapter::IsParameterAvailable(int i
     return BandNumberOf(GetParameterID(index)) <= GetBandCount();
 }
 
+MString MAudioEffectPluginToAudioPluginMultiBandAdapter::GetParameterShortName(int index) {
+    const MString name = GetParameterNameWithoutSection(index);
+    const bool isOfBand = HasPrefixAt(name, 0) && IsDigit(name[kNumberPlace]);
+    return isOfBand ? name.SubString(kNumberPlace) : name;
+}
+
 // Without a lock: who holds processLock may be the one that changes a parameter.
 bool MAudioEffectPluginToAudioPluginMultiBandAdapter::AreBandsLinked() const {
     return linkBands.load(kRelaxed) ||

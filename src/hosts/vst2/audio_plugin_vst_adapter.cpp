@@ -5,11 +5,11 @@
 #include "hosts/vst2/audio_plugin_vst_adapter.h"
 
 #include <algorithm>
-#include <cmath>
 #include <string_view>
 #include <utility>
 
 #include "foundation/objects/guarded.h"
+#include "hosts/adapter/host_setup.h"
 #include "hosts/adapter/interface_text.h"
 #include "hosts/adapter/state_text.h"
 
@@ -20,9 +20,6 @@ constexpr int kFirstVersionWithBuses = 2300;
 constexpr int kOldChannels = 2;
 
 constexpr int kMIDIChannels = 16;
-constexpr int kLowestSampleRate = 101;
-constexpr int kHighestSampleRate = 10'000'000;   // upsampled still an int
-constexpr int kLargestAnnouncedBlock = 1 << 16;  // larger ones are taken as they come
 
 // The first two pins of each of the first buses.
 void KeepPairs(std::vector<MString>& names, int channelsPerBus, int buses) {
@@ -60,8 +57,8 @@ MAudioPluginVSTAdapter::MAudioPluginVSTAdapter(audioMasterCallback audioMaster,
                                                std::unique_ptr<MAudioPlugin> newPlugin)
     : AudioEffectX(audioMaster, 1, newPlugin->GetHostParameterCount()),
       product(newProduct),
-      plugin(std::move(newPlugin)),
-      programName(product.name) {
+      programName(product.name),
+      plugin(std::move(newPlugin)) {
     if (getMasterVersion() < kFirstVersionWithBuses) ShortenPins();
     setUniqueID(product.vst2UniqueID);
     setVersion(product.versionNumber);
@@ -73,8 +70,6 @@ MAudioPluginVSTAdapter::MAudioPluginVSTAdapter(audioMasterCallback audioMaster,
     plugin->hostAdapter = this;
     plugin->hostTag.Append("VST");
 }
-
-MAudioPluginVSTAdapter::~MAudioPluginVSTAdapter() { plugin->hostAdapter = nullptr; }
 
 void MAudioPluginVSTAdapter::ShortenPins() {
     const int channels = plugin->channelsPerBus;
@@ -88,7 +83,7 @@ void MAudioPluginVSTAdapter::resume() {
     Guarded("MAudioPluginVSTAdapter::resume", [&] {
         const bool hostSends = canHostDo("sendVstEvents") || canHostDo("sendVstMidiEvent");
         if (plugin->receivesMIDI && hostSends) wantEvents();
-        plugin->AnnounceBlockSize(std::min(blockSize, kLargestAnnouncedBlock));
+        TakeHostBlockSize(blockSize, *plugin);
         plugin->InitProcessing();
     });
 }
@@ -96,18 +91,13 @@ void MAudioPluginVSTAdapter::resume() {
 void MAudioPluginVSTAdapter::setSampleRate(float rate) {
     Guarded("MAudioPluginVSTAdapter::setSampleRate", [&] {
         sampleRate = rate;
-        if (!(rate > 0) || rate > kHighestSampleRate) return;
-        const int nearest = static_cast<int>(std::lround(rate));
-        if (nearest < kLowestSampleRate) return;
-        plugin->SetHostSampleRate(nearest);
-        plugin->InitProcessing();
+        TakeHostRate(rate, *plugin);
     });
 }
 
-void MAudioPluginVSTAdapter::setBlockSize(int size) { blockSize = std::max(size, 0); }
-
 void MAudioPluginVSTAdapter::setParameter(int index, float value) {
     if (inAutomation.IsHere()) return;
+    const AutomationEcho::Scope set(hostSets);
     plugin->SetParameter(index, std::clamp<double>(value, 0, 1), false);
 }
 
@@ -131,8 +121,10 @@ void MAudioPluginVSTAdapter::getParameterDisplay(int index, char* text) {
 }
 
 void MAudioPluginVSTAdapter::getParameterName(int index, char* text) {
-    WriteText("MAudioPluginVSTAdapter::getParameterName", &MAudioPlugin::GetParameterName, index,
-              text);
+    Guarded("MAudioPluginVSTAdapter::getParameterName", [&] {
+        const MString name = plugin->GetParameterShortName(index);
+        CopyText(Abbreviated(name, kParameterTextSize - 1), text, kParameterTextSize);
+    });
 }
 
 bool MAudioPluginVSTAdapter::canParameterBeAutomated(int index) {
@@ -140,8 +132,10 @@ bool MAudioPluginVSTAdapter::canParameterBeAutomated(int index) {
 }
 
 bool MAudioPluginVSTAdapter::string2parameter(int index, const char* text) {
-    return Guarded("MAudioPluginVSTAdapter::string2parameter", false,
-                   [&] { return plugin->ParseParameterValueName(index, MString::FromUtf8(text)); });
+    return Guarded("MAudioPluginVSTAdapter::string2parameter", false, [&] {
+        const AutomationEcho::Scope set(hostSets);
+        return plugin->ParseParameterValueName(index, MString::FromUtf8(text));
+    });
 }
 
 void MAudioPluginVSTAdapter::setProgramName(const char* text) {
@@ -280,7 +274,7 @@ int MAudioPluginVSTAdapter::getNumMidiOutputChannels() {
 }
 
 void MAudioPluginVSTAdapter::SendAutomation(int index, double position) {
-    if (!isParameter(index)) return;
+    if (!isParameter(index) || hostSets.IsHere()) return;
     const AutomationEcho::Scope sending(inAutomation);
     setParameterAutomated(index, static_cast<float>(position));
 }

@@ -28,7 +28,6 @@ class MAudioPluginVSTAdapter : public AudioEffectX, public MAudioPluginAdapter {
 public:
     MAudioPluginVSTAdapter(audioMasterCallback audioMaster, const ProductInfo& product,
                            std::unique_ptr<MAudioPlugin> newPlugin);
-    ~MAudioPluginVSTAdapter() override;
 
     void resume() override;
     // Does nothing at 0 samples and without outputs. The arrays have the pins of all buses in a
@@ -38,11 +37,13 @@ public:
     // Wait for the next block.
     bool processEvents(const VstEvents& events) override;
 
-    // What the host sends back while it is told a value is dropped.
+    // What the host sends back while it is told a value is dropped, and what it sets is no news to
+    // it.
     void setParameter(int index, float value) override;
     float getParameter(int index) override;
     void getParameterLabel(int index, char* text) override;
     void getParameterDisplay(int index, char* text) override;
+    // Seven letters that tell the parameters apart.
     void getParameterName(int index, char* text) override;
     bool canParameterBeAutomated(int index) override;
     bool string2parameter(int index, const char* text) override;
@@ -54,9 +55,7 @@ public:
     int getChunk(void** data, bool isPreset) override;
     bool setChunk(const void* data, VstIntPtr size, bool isPreset) override;
 
-    // Rates of 100 or less are ignored: some hosts send them before they know better.
     void setSampleRate(float rate) override;
-    void setBlockSize(int size) override;
     bool getInputProperties(int index, VstPinProperties& pin) override;
     bool getOutputProperties(int index, VstPinProperties& pin) override;
     bool setSpeakerArrangement(const VstSpeakerArrangement* input,
@@ -97,13 +96,15 @@ private:
 
     const ProductInfo product;
     const InstanceCount instance;
-    const std::unique_ptr<MAudioPlugin> plugin;
     MString programName;
     MMemoryStream chunk;  // the last one, for the host
     HostTransport transport;
     MIDIQueue inputEvents;
     MIDIQueue outputEvents;
-    EventList sentEvents;  // of the present block
-    AutomationEcho inAutomation;
+    EventList sentEvents;                       // of the present block
+    AutomationEcho inAutomation;                // within the host's call
+    AutomationEcho hostSets;                    // within setParameter
     std::atomic<std::int32_t> lastLatency = 0;  // that the host was told
+    // Last: a thread of its own may call the others until it ends.
+    const std::unique_ptr<MAudioPlugin> plugin;
 };

@@ -17,12 +17,7 @@ using namespace Steinberg;
 using namespace Steinberg::Vst;
 
 MAudioPluginVST3Adapter::MAudioPluginVST3Adapter(std::unique_ptr<MAudioPlugin> newPlugin)
-    : plugin(std::move(newPlugin)), ownTag(plugin->hostTag) {}
-
-MAudioPluginVST3Adapter::~MAudioPluginVST3Adapter() {
-    plugin->DestroyEditor();
-    plugin->hostAdapter = nullptr;
-}
+    : ownTag(newPlugin->hostTag), plugin(std::move(newPlugin)) {}
 
 tresult PLUGIN_API MAudioPluginVST3Adapter::queryInterface(const TUID wanted, void** object) {
     if (object == nullptr) return kInvalidArgument;
@@ -164,7 +159,10 @@ void MAudioPluginVST3Adapter::GenerateMIDIEvent(int time, const std::uint8_t* by
     Guarded("MAudioPluginVST3Adapter::GenerateMIDIEvent", [&] { outputEvents.Add(time, bytes); });
 }
 
-void MAudioPluginVST3Adapter::UpdateLatency() { RequestRestart(kLatencyChanged); }
+void MAudioPluginVST3Adapter::UpdateLatency() {
+    TraceNumber("Latency: ", plugin->GetReportedLatency());
+    RequestRestart(kLatencyChanged);
+}
 
 // Behind each load all values of the host's side are out of date.
 void MAudioPluginVST3Adapter::StateChanged() {

@@ -53,7 +53,6 @@ public:
     explicit MAudioPluginVST3Adapter(std::unique_ptr<MAudioPlugin> newPlugin);
     MAudioPluginVST3Adapter(const MAudioPluginVST3Adapter&) = delete;
     MAudioPluginVST3Adapter& operator=(const MAudioPluginVST3Adapter&) = delete;
-    ~MAudioPluginVST3Adapter() override;
 
     tresult PLUGIN_API queryInterface(const Steinberg::TUID wanted, void** object) override;
     uint32 PLUGIN_API addRef() override;
@@ -154,7 +153,6 @@ private:
     void TellRestart(int32 flags);
 
     std::atomic<uint32> references = 1;
-    const std::unique_ptr<MAudioPlugin> plugin;
     const MString ownTag;  // the plug-in's, without ours
     MString hostName;
     bool initialized = false;
@@ -184,4 +182,7 @@ private:
     std::optional<ParamID> appliedID;                           // comes from the host just now
     HostTransport transport;
     MIDIQueue outputEvents;
+
+    // Last: a thread of its own may call the others until it ends.
+    const std::unique_ptr<MAudioPlugin> plugin;
 };

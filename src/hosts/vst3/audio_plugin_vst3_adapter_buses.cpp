@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <span>
 
 #include "foundation/objects/guarded.h"
 #include "foundation/text/string_formatter.h"
+#include "hosts/adapter/host_setup.h"
 #include "hosts/adapter/interface_text.h"
 #include "hosts/vst3/guarded_result.h"
 #include "hosts/vst3/restart_scope.h"
@@ -19,11 +19,6 @@ using namespace Steinberg::Vst;
 namespace {
 
 constexpr int kEventChannels = 1;
-// Memory is taken ahead for blocks up to this; larger ones take it when they come.
-constexpr int kLargestAnnouncedBlock = 1 << 16;
-// Some hosts send rates below this before they know better; beyond the other nothing is audio.
-constexpr double kLowestRate = 100;       // hertz, itself excluded
-constexpr double kHighestRate = 1 << 23;  // hertz
 
 // What a host asks for in one direction: the first bus's speakers and the largest bus's channels.
 struct WantedSide {
@@ -90,12 +85,9 @@ tresult PLUGIN_API MAudioPluginVST3Adapter::setBusArrangements(SpeakerArrangemen
 tresult PLUGIN_API MAudioPluginVST3Adapter::setupProcessing(ProcessSetup& setup) {
     return GuardedResult("MAudioPluginVST3Adapter::setupProcessing", kResultFalse, [&] {
         if (MVST3AudioEffect::setupProcessing(setup) != kResultOk) return kResultFalse;
-        plugin->AnnounceBlockSize(
-            std::clamp<int>(setup.maxSamplesPerBlock, 0, kLargestAnnouncedBlock));
-        if (!(setup.sampleRate > kLowestRate && setup.sampleRate <= kHighestRate)) return kResultOk;
         const RestartScope restart(*this, kLatencyChanged);
-        plugin->SetHostSampleRate(static_cast<int>(std::lround(setup.sampleRate)));
-        plugin->InitProcessing();
+        TakeHostBlockSize(setup.maxSamplesPerBlock, *plugin);
+        TakeHostRate(setup.sampleRate, *plugin);
         return kResultOk;
     });
 }

@@ -7,7 +7,7 @@
 #include <new>
 #include <utility>
 
-#include "hosts/adapter/product_info.h"
+#include "hosts/adapter/make_adapter.h"
 #include "hosts/vst3/audio_plugin_vst3_adapter.h"
 #include "hosts/vst3/guarded_result.h"
 
@@ -25,15 +25,6 @@ ClassID BytesOf(const std::array<std::uint32_t, 4>& words) {
     ClassID bytes;
     FUID(words[0], words[1], words[2], words[3]).toTUID(bytes.data());
     return bytes;
-}
-
-MAudioPluginVST3Adapter* MakeAdapter(const ProductInfo& product) {
-    try {
-        std::unique_ptr<MAudioPlugin> plugin = product.create();
-        if (plugin != nullptr) return new MAudioPluginVST3Adapter(std::move(plugin));
-    } catch (const std::bad_alloc&) {
-    }
-    throw MException("Error creating Vst plugin object.");
 }
 
 }  // namespace
@@ -113,17 +104,9 @@ tresult PLUGIN_API MVST3PluginFactory::createInstance(FIDString classID, FIDStri
     const ClassID own = BytesOf(product.vst3ClassID);
     if (!std::equal(own.begin(), own.end(), classID)) return kNoInterface;
     return GuardedResult("VST3 Plugin main", kOutOfMemory, [&] {
-        MAudioPluginVST3Adapter* const adapter = MakeAdapter(product);
-        const tresult result = adapter->queryInterface(interfaceID, object);
-        adapter->release();
-        return result;
+        const auto adapter = owned(MakeAdapter(product, [](std::unique_ptr<MAudioPlugin> plugin) {
+            return new MAudioPluginVST3Adapter(std::move(plugin));
+        }));
+        return adapter->queryInterface(interfaceID, object);
     });
-}
-
-tresult PLUGIN_API MVST3PluginFactory::setHostContext(FUnknown* context) {
-    IPtr<FUnknown> kept(context);
-    MLocker lock(contextLock);
-    std::swap(hostContext, kept);
-    lock.Release();
-    return kResultOk;
 }

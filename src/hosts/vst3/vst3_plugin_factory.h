@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <atomic>
-
-#include "foundation/objects/lock.h"
 #include "pluginterfaces/base/ipluginbase.h"
-#include "pluginterfaces/base/smartpointer.h"
 
 struct ProductInfo;
 
@@ -43,15 +39,15 @@ public:
     tresult PLUGIN_API getClassInfoUnicode(int32 index, Steinberg::PClassInfoW* info) override;
     tresult PLUGIN_API createInstance(Steinberg::FIDString classID,
                                       Steinberg::FIDString interfaceID, void** object) override;
-    // Instances that get no context of their own in initialize have none.
-    tresult PLUGIN_API setHostContext(Steinberg::FUnknown* context) override;
+    // Not kept: each instance gets its context in initialize.
+    tresult PLUGIN_API setHostContext(Steinberg::FUnknown*) override {
+        return Steinberg::kResultOk;
+    }
 
 private:
     explicit MVST3PluginFactory(const ProductInfo& product) : product(product) {}
     ~MVST3PluginFactory() = default;
 
     const ProductInfo& product;
-    uint32 references = 1;                             // under the process's lock
-    Steinberg::IPtr<Steinberg::FUnknown> hostContext;  // under contextLock
-    MLock contextLock;
+    uint32 references = 1;  // under the process's lock
 };

@@ -14,10 +14,10 @@
 #include "hosts/adapter/product_info.h"
 #include "hosts/vst2/vst2_interface.h"
 #include "hosts/vst2/vst_entry.h"
-#include "plugin/effect_adapter.h"
 #include "plugin/frame/frame_plugin.h"
+#include "plugin/multi_band_adapter.h"
 
-// A plug-in with one parameter and one stored text, that writes down its MIDI.
+// A plug-in with one parameter, that writes down its MIDI.
 struct FakePlugin : FramePlugin {
     using Event = std::pair<int, int>;  // time, status
 
@@ -30,11 +30,11 @@ struct FakePlugin : FramePlugin {
         events.emplace_back(time, bytes[0]);
         eventPosition = position;
     }
-    void StoreSettings(const MStoreVisitor& visitor) override {
+    void StoreSettings(const MStoreVisitor&) override {
         if (throwing) throw std::bad_alloc();
-        visitor.Text("Text", text, {});
     }
     int GetTailLength() override { return tail; }
+    void SendBack(const MOnParameterChangedParams&) { SendAutomation(0, 0.5); }
     void Process(float** inputs, float** outputs, int sampleCount) override {
         FramePlugin::Process(inputs, outputs, sampleCount);
         for (int i = 0; i < notes; ++i) SendNote(i * 30, 1, 60, 1, true);
@@ -42,13 +42,12 @@ struct FakePlugin : FramePlugin {
 
     std::vector<Event> events;
     double eventPosition = 0;
-    MString text;
     int tail = -1;
     int notes = 0;  // sent in each block, 30 samples apart
 };
 
 inline std::unique_ptr<MAudioPlugin> MakeChorus() {
-    auto plugin = std::make_unique<MAudioEffectPluginToAudioPluginAdapter>();
+    auto plugin = std::make_unique<MAudioEffectPluginToAudioPluginMultiBandAdapter>();
     plugin->Initialize("Chorus", "Chorus", ChorusEntry);
     return plugin;
 }

@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "hosts/vst3/vst3_host.h"
-#include "support/allocation_trap.h"
 
 namespace {
 
@@ -41,8 +40,6 @@ TEST(Vst3Buses, ArrangementsAreTakenWholeOrNotAtAll) {
     };
     Case cases[] = {{{kMono}, kMono, {1, 1}},
                     {{kMono, kStereo}, kMono, {2, 1}},
-                    {{kStereo}, kStereo, {}},
-                    {{kMono}, kStereo, {}},
                     {{}, kMono, {}},
                     {{kMono, kEight}, kMono, {}},
                     {{kMono, kMono, kMono}, kMono, {}},
@@ -65,17 +62,16 @@ TEST(Vst3Buses, ArrangementsAreTakenWholeOrNotAtAll) {
 
 TEST(Vst3Setup, TakesRatesAndSizesThatCanBe) {
     HostedFake fake;
-    const std::pair<double, int> rates[] = {{384000, 384000}, {100, 384000}, {44099.6, 44100},
-                                            {-48000, 44100},  {100.6, 101},  {1e300, 101},
-                                            {NAN, 101},       {8000.4, 8000}};
-    for (const auto& [rate, expected] : rates) {
-        fake.host.Start(rate);
-        EXPECT_EQ(expected, fake.plugin.hostSampleRate) << rate;
-    }
-    ProcessSetup wide{kRealtime, kSample64, 64, 48000};
-    EXPECT_EQ(kResultFalse, fake.host.processor->setupProcessing(wide));
+    for (const double rate : {8000.4, 100.0, double{NAN}}) fake.host.Start(rate);
+    EXPECT_EQ(8000, fake.plugin.hostSampleRate);
     for (const int block : {-1, 0, 0x7fffffff}) fake.host.Start(48000, block);
     EXPECT_EQ(0.5f, fake.host.Run(0.5f)[1][63]);
+    ProcessSetup wide{kRealtime, kSample64, 64, 48000};
+    EXPECT_EQ(kResultFalse, fake.host.processor->setupProcessing(wide));
+    Block block(64, 0.5f);
+    block.data.symbolicSampleSize = kSample64;
+    fake.host.Run(block);
+    EXPECT_EQ(9, block.out[0][0]);  // left alone
 }
 
 // A host asks for it behind each activation; in between it has to be told, once.
@@ -92,18 +88,11 @@ TEST(Vst3Setup, TellsALatencyThatTheHostDoesNotAskFor) {
     EXPECT_EQ(0u, fake.host.processor->getTailSamples());  // unknown
 }
 
-TEST(Vst3Block, TakesTheLastPointOfEachParameter) {
+TEST(Vst3Block, TakesTheBypassBehindItsMiddle) {
     HostedFake fake;
-    fake.host.Change({{0, 0, 0.1}, {0, 20, 0.9}, {0, 63, 0.4}, {1, 5, 0}});
-    EXPECT_EQ(0.4, fake.plugin.GetParameter(0));
-    fake.host.Change({{0, 0, 0.7}}, 0);
-    EXPECT_EQ(0.7, fake.plugin.GetParameter(0));
-    fake.host.Change({{0, 0, 9}, {1, 0, NAN}, {2, 0, 0.6}, {10130, 0, 0.6}, {0xffffffff, 0, 0.6}});
-    EXPECT_EQ(1, fake.plugin.GetParameter(0));
-    EXPECT_EQ(0, fake.plugin.GetParameter(1));  // no ID is taken for a neighbour's
     fake.host.Change({{0x7fff, 0, 1}, {0x7fff, 9, 0.5}}, 0);
     EXPECT_EQ(0, fake.plugin.bypassed);
-    fake.host.Change({{0x7fff, 0, 0.51}});
+    fake.host.Change({{0x7fff, 0, 0.51}, {10130, 0, 0.6}});
     EXPECT_EQ(1, fake.plugin.bypassed);
 }
 
@@ -185,54 +174,20 @@ TEST(Vst3Block, CarriesEditsOfTheAudioThread) {
     EXPECT_EQ("", fake.host.handler.Take());
 }
 
-// Twenty buses of three channels where there is one of two.
-TEST(Vst3Block, MayHaveTooManyBuffersOrNone) {
+// Three channels and twenty buses where there is one of two.
+TEST(Vst3Block, MayHaveTooManyBuffers) {
     HostedFake fake;
-    Audio audio = Constant(5, 64, 0.5f);
-    std::vector<float*> in = WritePointers(audio), out(in.begin() + 2, in.end());
-    std::vector<AudioBusBuffers> ins(20), outs(20);
-    for (auto& bus : ins) bus.numChannels = 2, bus.channelBuffers32 = in.data();
-    for (auto& bus : outs) bus.numChannels = 3;
-    outs[0].channelBuffers32 = out.data();
-    Block block(64);
+    Block block(64, 0.5f);
+    Audio more = Constant(3, 64, 9);
+    auto pointers = WritePointers(more);
+    block.outs.push_back(pointers[0]);
+    std::vector<AudioBusBuffers> ins(20, block.inBus), outs(20);
+    outs[0].numChannels = 3, outs[0].channelBuffers32 = block.outs.data();
+    outs[1].numChannels = 2, outs[1].channelBuffers32 = pointers.data() + 1;
     block.data.inputs = ins.data();
     block.data.outputs = outs.data();
     block.data.numInputs = block.data.numOutputs = 20;
     fake.host.Run(block);
-    EXPECT_EQ(std::tuple(0.5f, 0), std::tuple(audio[3][63], audio[4][0]));  // nobody fills that
-    out.assign(3, nullptr);
-    fake.host.Run(block);
-    block.data.numInputs = block.data.numOutputs = 0;
-    fake.host.Run(block);
-    Block wide(64, 0.5f);
-    wide.data.symbolicSampleSize = kSample64;
-    fake.host.Run(wide);
-    EXPECT_EQ(9, wide.out[0][0]);  // left alone
-}
-
-TEST(Vst3Block, RunsWhileEverythingElseIsCalled) {
-    Vst3Host host(MakeChorus());
-    host.Start();
-    std::atomic<bool> done = false;
-    std::thread main([&] {
-        for (unsigned i = 0; !done; ++i) {
-            host.Load(host.State(), 100);
-            host.controller->setParamNormalized(i % 26, host.controller->getParamNormalized(3));
-            host.processor->getTailSamples();
-        }
-    });
-    HostParameterChanges changes;
-    for (unsigned id = 0; id < 27; ++id) changes.Add({id, 0, 0.3});
-    ProcessContext context{};
-    Block block(512, 0.5f);
-    block.data.inputParameterChanges = &changes;
-    block.data.processContext = &context;
-    for (int round = 0; round < 300; ++round) {
-        block.data.numSamples = round % 513;
-        AllocationTrap trap("process");
-        host.processor->process(block.data);
-    }
-    done = true;
-    main.join();
-    EXPECT_LT(0.01, Peak(host.Run(0.5f, 512)));
+    EXPECT_EQ(0.5f, block.out[1][63]);
+    EXPECT_EQ(0, Peak(more)) << "nobody else fills them";
 }

@@ -9,13 +9,12 @@
 #include <sstream>
 #include <thread>
 
-#include "effect/chorus_entry.h"
 #include "foundation/xml/store_visitor.h"
 #include "hosting/vst3_objects.h"
 #include "hosts/adapter/product_info.h"
 #include "hosts/vst3/audio_plugin_vst3_adapter.h"
 #include "hosts/vst3/vst3_entry.h"
-#include "plugin/effect_adapter.h"
+#include "parameters/effect_parameters.h"
 #include "plugin/frame/frame_plugin.h"
 
 using namespace Steinberg;
@@ -54,12 +53,6 @@ struct FakePlugin : FramePlugin {
     MString text;
     std::function<void()> onProcess = [] {};
 };
-
-inline std::unique_ptr<MAudioPlugin> MakeChorus() {
-    auto plugin = std::make_unique<MAudioEffectPluginToAudioPluginAdapter>();
-    plugin->Initialize("Chorus", "Chorus", ChorusEntry);
-    return plugin;
-}
 
 // Keeps what a plug-in tells, as "begin 0;perform 0 0.5;end 0;".
 struct RecordingHandler : HostObject<IComponentHandler, IComponentHandler2> {
