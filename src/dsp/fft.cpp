@@ -70,25 +70,30 @@ public:
         return static_cast<int>(kWorkAlignment - 1 + (SpectrumFloats() + Size()) * sizeof(float));
     }
 
-    void Forward(float* array, void* work) const {
-        float* const spectrum = Spectrum(work);
-        float* samples = array;
-        if (!IsAligned(array)) {
-            samples = spectrum + SpectrumFloats();
-            VecCopy(array, samples, n);
-        }
+    void ForwardTo(float* samples, float* spectrum) const {
         fftwf_execute_dft_r2c(plans.forward, samples, Complex(spectrum));
         spectrum[1] = spectrum[n];  // both ends are real
+    }
+
+    void InverseTo(float* spectrum, float* samples) const {
+        spectrum[n] = spectrum[1];
+        spectrum[1] = spectrum[n + 1] = 0;
+        fftwf_execute_dft_c2r(plans.inverse, Complex(spectrum), samples);
+    }
+
+    void Forward(float* array, void* work) const {
+        float* const spectrum = Spectrum(work);
+        float* const samples = IsAligned(array) ? array : spectrum + SpectrumFloats();
+        if (samples != array) VecCopy(array, samples, n);
+        ForwardTo(samples, spectrum);
         VecCopy(spectrum, array, n);
     }
 
     void Inverse(float* array, void* work) const {
         float* const spectrum = Spectrum(work);
-        VecCopy(array, spectrum, n);
-        spectrum[n] = spectrum[1];
-        spectrum[1] = spectrum[n + 1] = 0;
         float* const samples = IsAligned(array) ? array : spectrum + SpectrumFloats();
-        fftwf_execute_dft_c2r(plans.inverse, Complex(spectrum), samples);
+        VecCopy(array, spectrum, n);
+        InverseTo(spectrum, samples);
         if (samples != array) VecCopy(samples, array, n);
     }
 
@@ -130,6 +135,18 @@ VecStatus FftForward(float* array, const FftSpec* spec, void* work) {
 VecStatus FftInverse(float* array, const FftSpec* spec, void* work) {
     if (array == nullptr || spec == nullptr || work == nullptr) return kVecNullPointer;
     spec->Inverse(array, work);
+    return kVecDone;
+}
+
+VecStatus FftForwardTo(float* samples, float* spectrum, const FftSpec* spec) {
+    if (samples == nullptr || spectrum == nullptr || spec == nullptr) return kVecNullPointer;
+    spec->ForwardTo(samples, spectrum);
+    return kVecDone;
+}
+
+VecStatus FftInverseTo(float* spectrum, float* samples, const FftSpec* spec) {
+    if (spectrum == nullptr || samples == nullptr || spec == nullptr) return kVecNullPointer;
+    spec->InverseTo(spectrum, samples);
     return kVecDone;
 }
 

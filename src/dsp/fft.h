@@ -41,6 +41,11 @@ VecStatus FftWorkSize(const FftSpec* spec, int* bytes);
 VecStatus FftForward(float* array, const FftSpec* spec, void* work);
 VecStatus FftInverse(float* array, const FftSpec* spec, void* work);
 
+// The same from one array into another, which is quicker. Both lie at multiples of 16 bytes, the
+// spectrum has room for two more floats; what is read is used up.
+VecStatus FftForwardTo(float* samples, float* spectrum, const FftSpec* spec);
+VecStatus FftInverseTo(float* spectrum, float* samples, const FftSpec* spec);
+
 VecStatus FftRelease(FftSpec* spec);
 
 struct FftReleaser {

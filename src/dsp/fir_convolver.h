@@ -7,6 +7,9 @@
 // Fast convolution of a stream of any block size with a kernel: overlap-add with a hop of half the
 // kernel's transform, so that the cost does not depend on the host's blocks.
 //
+//     ReserveStream(stream, last, 2048, 64);
+//     RunStream(stream, last, kernel, in, out, 64);
+//
 // Units    samples; a stream is late by the hop and by half the kernel
 // Ranges   every kernel that a stream runs through has the same transform
 // Threads  as the owner says
@@ -23,11 +26,19 @@ struct FirStream {
     GrowingBuffer<float> overlap;  // hop of them
 };
 
-void ReserveStream(FirStream& stream, int hop, int maxCount);
+// The samples that were transformed last and their spectrum. Streams that take turns with it are
+// spared the transform of samples that the one before had too. A new one owns nothing.
+struct FirInput {
+    std::int32_t hop = 0;
+    GrowingBuffer<float> samples;   // hop of them
+    GrowingBuffer<float> spectrum;  // packed
+};
+
+void ReserveStream(FirStream& stream, FirInput& last, int hop, int maxCount);
 
 // Back to silence; keeps its memory.
 void ResetStream(FirStream& stream);
 
 // Source and destination may be one array.
-void RunStream(FirStream& stream, FirKernel& kernel, const float* source, float* destination,
-               int count);
+void RunStream(FirStream& stream, FirInput& last, const FirKernel& kernel, const float* source,
+               float* destination, int count);

@@ -58,17 +58,11 @@ float* ActiveTaps(FirKernel& kernel) {
     return kernel.taps.Data() + kernel.fullLength / 2 - kernel.activeLength / 2;
 }
 
-// What the forward transform of a block means here.
-void Transform(FirKernel& kernel, float* block) {
-    FftForward(block, kernel.transform.get(), kernel.work.Data());
-    VecAddConstant(kDenormalGuard, block, kernel.fftSize);
-}
-
-// spectrum *= factors. The values at both ends are real.
-void MultiplyPacked(const float* factors, float* spectrum, int fftSize) {
-    spectrum[0] *= factors[0];
-    spectrum[1] *= factors[1];
-    VecMultiplyComplex(spectrum + 2, factors + 2, spectrum + 2, fftSize / 2 - 1);
+// product = first * second; the values at both ends are real.
+void MultiplyPacked(const float* first, const float* second, float* product, int fftSize) {
+    product[0] = first[0] * second[0];
+    product[1] = first[1] * second[1];
+    VecMultiplyComplex(first + 2, second + 2, product + 2, fftSize / 2 - 1);
 }
 
 }  // namespace
@@ -123,17 +117,24 @@ void ComputeSpectrum(FirKernel& kernel, int fftSize) {
     PrepareTransform(kernel, fftSize);
     VecCopy(kernel.taps.Data(), kernel.spectrum.Data(), kernel.fullLength);
     VecZero(kernel.spectrum.Data() + kernel.fullLength, fftSize - kernel.fullLength);
-    Transform(kernel, kernel.spectrum.Data());
+    FftForward(kernel.spectrum.Data(), kernel.transform.get(), kernel.work.Data());
+    VecAddConstant(kDenormalGuard, kernel.spectrum.Data(), fftSize);
 }
 
 void MultiplySpectrum(FirKernel& kernel, const FirKernel& other) {
-    MultiplyPacked(other.spectrum.Data(), kernel.spectrum.Data(), kernel.fftSize);
+    float* const spectrum = kernel.spectrum.Data();
+    MultiplyPacked(spectrum, other.spectrum.Data(), spectrum, kernel.fftSize);
 }
 
-void FilterBlock(FirKernel& kernel, float* block) {
-    Transform(kernel, block);
-    MultiplyPacked(kernel.spectrum.Data(), block, kernel.fftSize);
-    FftInverse(block, kernel.transform.get(), kernel.work.Data());
+void TransformBlock(const FirKernel& kernel, float* block, float* spectrum) {
+    FftForwardTo(block, spectrum, kernel.transform.get());
+    VecAddConstant(kDenormalGuard, spectrum, kernel.fftSize);
+}
+
+void FilterSpectrum(const FirKernel& kernel, const float* spectrum, float* block) {
+    alignas(64) float product[FirKernel::kMaxFftSize + 2];
+    MultiplyPacked(spectrum, kernel.spectrum.Data(), product, kernel.fftSize);
+    FftInverseTo(product, block, kernel.transform.get());
     const float factor = kernel.normalise ? kernel.gain * kernel.fftScale : kernel.gain;
     if (std::abs(factor - 1) >= kSameGain) VecScaleInPlace(factor, block, kernel.fftSize);
 }

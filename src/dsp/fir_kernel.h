@@ -13,11 +13,13 @@
 //     FirKernel kernel;
 //     DesignLowPass(kernel, {1000, 48000, 1024});
 //     ComputeSpectrum(kernel, 4096);
-//     FilterBlock(kernel, block);    // 2048 samples and 2048 zeros become 4096 samples
+//     TransformBlock(kernel, block, spectrum);
+//     FilterSpectrum(kernel, spectrum, block);    // 2048 samples and 2048 zeros became 4096
+//     samples
 //
 // Units    hertz; lengths in samples
 // Ranges   lengths 1 .. kMaxTaps, transforms of 2 .. kMaxFftSize samples, no shorter than the taps
-// Threads  as the owner says; a kernel filters one block at a time
+// Threads  as the owner says; a kernel filters several blocks at once, while none changes it
 // Memory   the first design of a length and the first transform of a size allocate, nothing else
 //          does
 // Errors   std::bad_alloc
@@ -72,5 +74,7 @@ void ComputeSpectrum(FirKernel& kernel, int fftSize);
 // Puts another kernel with a spectrum of the same size behind this one.
 void MultiplySpectrum(FirKernel& kernel, const FirKernel& other);
 
-// Convolves block with the kernel, cyclically over fftSize samples, and applies the gain.
-void FilterBlock(FirKernel& kernel, float* block);
+// The two halves of a convolution, cyclic over fftSize samples, with the gain applied. The spectrum
+// in between has room for two more floats; both arrays lie at multiples of 16 bytes.
+void TransformBlock(const FirKernel& kernel, float* block, float* spectrum);  // uses block up
+void FilterSpectrum(const FirKernel& kernel, const float* spectrum, float* block);

@@ -48,7 +48,7 @@ void BuildLinear(LinearCrossover& crossover, int bands, const double* frequencie
 
 void ReserveLinearChannel(LinearCrossoverChannel& channel, int bands, int maxCount) {
     if (bands < 2) return;
-    for (int b = 0; b < bands; ++b) ReserveStream(channel.bands[b], kHop, maxCount);
+    for (int b = 0; b < bands; ++b) ReserveStream(channel.bands[b], channel.last, kHop, maxCount);
     channel.lowest.Resize(kOuterDelay);
     channel.highest.Resize(kOuterDelay);
 }
@@ -67,7 +67,7 @@ void RunLinearBand(LinearCrossover& crossover, LinearCrossoverChannel& channel, 
     }
     FirKernel& kernel = crossover.kernels[band];
     PrepareTransform(kernel, kFftSize);
-    RunStream(channel.bands[band], kernel, source, destination, count);
+    RunStream(channel.bands[band], channel.last, kernel, source, destination, count);
     if (band == 0) DelayOuter(channel.lowest, destination, count);
     if (band == crossover.bands - 1) DelayOuter(channel.highest, destination, count);
 }

@@ -39,6 +39,7 @@ struct LinearCrossover {
 // A new one is as after ResetLinearChannel and owns nothing.
 struct LinearCrossoverChannel {
     FirStream bands[LinearCrossover::kMaxBands];
+    FirInput last;  // bands get the same input, as long as their gains are the same
     // The outer bands' kernels are half as long as the others: these lines make up for it.
     MAudioFilters::Delay<float> lowest;
     MAudioFilters::Delay<float> highest;

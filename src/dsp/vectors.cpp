@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
-#include <utility>
 
 #include "dsp/vectors_variants.h"
 #include "foundation/objects/tolerances.h"
@@ -70,13 +69,6 @@ void MaxIndex(int count, const float* source, float* value, std::int32_t* index)
 
 void Phase(int pairs, const float* source, float* destination) {
     for (int i = 0; i < pairs; ++i) destination[i] = std::atan2(source[2 * i + 1], source[2 * i]);
-}
-
-// The product is commutative: the destination is made one factor of an array in place.
-void MultiplyComplex(int pairs, const float* first, const float* second, float* destination) {
-    if (destination == second) std::swap(first, second);
-    if (destination != first) std::memcpy(destination, first, 2 * Bytes(pairs));
-    Loops().multiplyComplex(pairs, second, destination);
 }
 
 void WindowTriangular(int count, float* array) {
@@ -171,7 +163,7 @@ VecStatus VecCompareLimit(const float* source, float* destination, int count, fl
 
 VecStatus VecMultiplyComplex(const float* first, const float* second, float* destination,
                              int pairs) {
-    return Run(MultiplyComplex, pairs, first, second, destination);
+    return Run(Loops().multiplyComplex, pairs, first, second, destination);
 }
 
 VecStatus VecMagnitude(const float* source, float* destination, int pairs) {

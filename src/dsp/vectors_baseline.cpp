@@ -9,12 +9,12 @@
 namespace {
 namespace baseline {
 
-void MultiplyComplex(int pairs, const float* factors, float* array) {
-    for (int i = 0; i < pairs; ++i) {
-        const float re = array[2 * i] * factors[2 * i] - array[2 * i + 1] * factors[2 * i + 1];
-        const float im = array[2 * i] * factors[2 * i + 1] + array[2 * i + 1] * factors[2 * i];
-        array[2 * i] = re;
-        array[2 * i + 1] = im;
+void MultiplyComplex(int pairs, const float* first, const float* second, float* destination) {
+    for (int i = 0; i < 2 * pairs; i += 2) {
+        const float re = first[i] * second[i] - first[i + 1] * second[i + 1];
+        const float im = first[i] * second[i + 1] + first[i + 1] * second[i];
+        destination[i] = re;
+        destination[i + 1] = im;
     }
 }
 

@@ -22,8 +22,7 @@ struct VectorLoops {
     void (*abs)(int count, const float* source, float* destination);
     void (*absInPlace)(int count, float* array);
     void (*compareLimit)(int count, const float* source, float* destination, float value);
-    // array *= factors
-    void (*multiplyComplex)(int pairs, const float* factors, float* array);
+    void (*multiplyComplex)(int pairs, const float* first, const float* second, float* destination);
     void (*magnitude)(int pairs, const float* source, float* destination);
     void (*floatToDouble)(int count, const float* source, double* destination);
     void (*doubleToFloat)(int count, const double* source, float* destination);

@@ -30,17 +30,16 @@ Floats Product(Floats x, Floats y) {
     return hn::Add(hn::Mul(hn::DupEven(x), y), hn::Xor(crossed, minusForReal));
 }
 
-void MultiplyComplex(int pairs, const float* factors, float* array) {
+void MultiplyComplex(int pairs, const float* first, const float* second, float* destination) {
     constexpr int kLanes = static_cast<int>(hn::MaxLanes(Tag()));
     int i = 0;
     for (; i + kLanes <= 2 * pairs; i += kLanes)
-        hn::StoreU(Product(hn::LoadU(Tag(), array + i), hn::LoadU(Tag(), factors + i)), Tag(),
-                   array + i);
-    const auto left = static_cast<std::size_t>(2 * pairs - i);
-    const auto mask = hn::FirstN(Tag(), left);
+        hn::StoreU(Product(hn::LoadU(Tag(), first + i), hn::LoadU(Tag(), second + i)), Tag(),
+                   destination + i);
+    const auto left = hn::FirstN(Tag(), static_cast<std::size_t>(2 * pairs - i));
     const Floats last =
-        Product(hn::MaskedLoad(mask, Tag(), array + i), hn::MaskedLoad(mask, Tag(), factors + i));
-    hn::BlendedStore(last, mask, Tag(), array + i);
+        Product(hn::MaskedLoad(left, Tag(), first + i), hn::MaskedLoad(left, Tag(), second + i));
+    hn::BlendedStore(last, left, Tag(), destination + i);
 }
 
 #include "dsp/vectors_inl.h"

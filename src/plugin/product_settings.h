@@ -74,6 +74,20 @@ constexpr const ProductSwitchRecord& RecordOf(ProductSwitch which) {
     return kProductSwitches[static_cast<std::size_t>(which)];
 }
 
+// The three of "Crossover", of which one is on; in the order of CrossoverKind.
+struct ProductChoiceRecord {
+    const char* key;
+    const char* text;
+};
+
+inline constexpr std::array<ProductChoiceRecord, 3> kCrossoverChoices = {{
+    {"analogcrossover",
+     "<p><b>Analog crossover</b><p>Minimum phase, fast, provides natural results."},
+    {"lpcrossover", "<p><b>Linear-phase crossover</b><p>Slow, steep, induces latency."},
+    {"hybridcrossover",
+     "<p><b>Hybrid crossover</b><p>Slow, steepness similar to analog crossover, induces latency."},
+}};
+
 // Of the user's configuration. A change holds for instances that are made from then on, unless its
 // reader asks each time. Null is a configuration without settings, which keeps none.
 bool GetGlobalSwitch(const MSettingsStore* configuration, const ProductSwitchRecord& record);

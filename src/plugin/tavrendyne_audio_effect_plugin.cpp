@@ -45,6 +45,7 @@ void MTavrendyneAudioEffectPlugin::Initialize(const MString& effectName,
 
 void MTavrendyneAudioEffectPlugin::InitProcessing_UnLockedPart() {
     Base::InitProcessing_UnLockedPart();
+    if (!HasAnnouncedBlockSize()) return;
     Guarded("MTavrendyneAudioEffectPlugin::InitProcessing_UnLockedPart",
             [this] { changePresetThread.StartOnce(); });
 }

@@ -17,8 +17,8 @@
 //     plugin.Initialize("Quillorea", "Quillorea", ChorusEntry);
 //
 // Life     as MAudioPlugin's. Initialize raises nothing for a failure: it tells the module, and the
-//          plug-in outputs silence from then on. A thread is there from the first InitProcessing to
-//          the destructor
+//          plug-in outputs silence from then on. A thread is there from the first InitProcessing
+//          with an announced size of blocks to the destructor: a scan starts none
 // Threads  as MAudioPlugin's. Program changes come on the audio thread, and presets are switched on
 //          the user-interface thread, or on that of the plug-in where there is none
 // Locks    none may be held where settings are read or changed: see MSettingsStore

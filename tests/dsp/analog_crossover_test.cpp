@@ -56,8 +56,8 @@ struct Splitter {
         }
     }
 
-    // What all operations make of a mono signal: the bands one by one, the bands at once, the sum's
-    // phase.
+    // What all operations make of a mono signal: the bands at once, the same band by band, and the
+    // signal with the phase of their sum.
     Audio RunAll(const std::vector<float>& input) {
         const int bands = crossover.bands, count = static_cast<int>(input.size());
         Audio outputs = Silence(2 * bands, count);

@@ -115,7 +115,7 @@ Samples AllResults(const VectorLoops& loops, int n) {
     keep(loops.abs, a.data(), array);
     keep(loops.absInPlace, array);
     keep(loops.compareLimit, a.data(), array, 0.1f);
-    keep(loops.multiplyComplex, a.data(), array);
+    keep(loops.multiplyComplex, a.data(), b.data(), array);
     keep(loops.magnitude, a.data(), array);
     keep(loops.int32ToFloat, ints.data(), array);
     keep(loops.int16ToFloat, shorts.data(), array);

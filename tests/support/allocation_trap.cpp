@@ -20,6 +20,10 @@ inline void Count() {
     if (armed) ++calls;
 }
 
+thread_local bool limited = false;
+thread_local std::int64_t allowed = 0;  // allocations, while limited
+thread_local std::int64_t kept = 0;     // blocks, while limited
+
 // Installed once, before any trap is armed; the hooks cannot be taken away.
 void InstallHooks() {
 #ifdef TRAP_BY_HOOKS
@@ -32,6 +36,21 @@ void InstallHooks() {
 }  // namespace
 
 #ifndef TRAP_BY_HOOKS
+namespace {
+
+// What an allocation gives that is not refused.
+template <typename Allocate>
+inline void* Take(Allocate allocate) {
+    Count();
+    if (!limited) return allocate();
+    if (allowed == 0) return nullptr;
+    --allowed;
+    ++kept;
+    return allocate();
+}
+
+}  // namespace
+
 // The C library's own entries behind the ones that are replaced here. operator new of the C++
 // library calls malloc, so that it is counted too.
 #pragma GCC visibility push(default)
@@ -44,22 +63,23 @@ void __libc_free(void* block);
 // NOLINTEND(bugprone-reserved-identifier)
 
 void* malloc(std::size_t size) {
-    Count();
-    return __libc_malloc(size);
+    return Take([size] { return __libc_malloc(size); });
 }
 
+// A new place for a block is a block that is kept and one that is not.
 void* realloc(void* block, std::size_t size) {
-    Count();
-    return __libc_realloc(block, size);
+    void* const moved = Take([block, size] { return __libc_realloc(block, size); });
+    if (limited && block != nullptr && moved != nullptr) --kept;
+    return moved;
 }
 
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    Count();
-    return __libc_memalign(alignment, size);
+    return Take([alignment, size] { return __libc_memalign(alignment, size); });
 }
 
 void free(void* block) {
     if (block != nullptr) Count();
+    if (limited && block != nullptr) --kept;
     __libc_free(block);
 }
 }
@@ -80,3 +100,21 @@ AllocationTrap::~AllocationTrap() {
 std::int64_t AllocationTrap::Calls() const { return calls; }
 
 void AllocationTrap::Forgive() { calls = 0; }
+
+AllocationLimit::AllocationLimit(std::int64_t allocations) {
+    allowed = allocations;
+    kept = 0;
+    limited = true;
+}
+
+AllocationLimit::~AllocationLimit() { limited = false; }
+
+bool AllocationLimit::IsSupported() {
+#ifdef TRAP_BY_HOOKS
+    return false;
+#else
+    return true;
+#endif
+}
+
+std::int64_t AllocationLimit::Kept() const { return kept; }

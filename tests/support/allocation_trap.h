@@ -27,3 +27,22 @@ public:
 private:
     std::string what;
 };
+
+// Has every allocation of this thread fail behind the first ones, as long as it lives.
+//
+//     AllocationLimit limit(10);   // the eleventh fails
+//     plugin = CreateProductPlugin();
+//
+// Threads  those of the trap; a trap and a limit do not see each other
+// Method   as the trap's, but that sanitizers let nobody fail: nothing does then
+class AllocationLimit {
+public:
+    explicit AllocationLimit(std::int64_t allocations);
+    AllocationLimit(const AllocationLimit&) = delete;
+    AllocationLimit& operator=(const AllocationLimit&) = delete;
+    ~AllocationLimit();
+
+    static bool IsSupported();
+    // How many blocks were taken and not freed so far.
+    std::int64_t Kept() const;
+};

@@ -55,6 +55,8 @@ public:
     // The largest block that the host is going to send; memory for it is taken by the next
     // InitProcessing.
     void AnnounceBlockSize(int samples) { announcedBlockSize = samples; }
+    // Hosts that only look at a plug-in announce none.
+    bool HasAnnouncedBlockSize() const { return announcedBlockSize > 0; }
     // Behind it comes InitProcessing. rate in hertz, at least 1.
     void SetHostSampleRate(int rate);
     // How many channels the host has really connected; 0 leaves null pointers alone, -1: unknown.
