@@ -74,7 +74,10 @@ std::vector<ParameterSetting> ParameterList::ReadPositions(
     std::vector<ParameterSetting> settings;
     for (const std::string& text : texts) {
         const auto [name, value] = SplitAssignment(text, "--param", "PARAMETER=VALUE");
-        for (const Entry* const entry : Find(name))
+        Found found = FindPlain(name);
+        if (found.empty()) found = FindKnown(name);
+        if (found.empty()) Refuse(name);
+        for (const Entry* const entry : found)
             settings.push_back({entry->hosted.id, ReadPlainPosition(*entry, value)});
     }
     return settings;
@@ -83,9 +86,7 @@ std::vector<ParameterSetting> ParameterList::ReadPositions(
 double ParameterList::ReadPlainPosition(const Entry& entry, const std::string& text) const {
     const std::optional<double> number = ParseNumber(text);
     if (number && *number >= 0 && *number <= 1) return *number;
-    const std::optional<double> position =
-        number ? std::nullopt : plugin.PositionOf(entry.hosted.id, text);
-    if (position) return *position;
+    if (const auto position = plugin.PositionOf(entry.hosted.id, text)) return *position;
     const HostedParameter& parameter = entry.hosted;
     throw RenderError("'" + parameter.name + "' takes positions from 0 to 1 or a text such as '" +
                       plugin.TextAt(parameter.id, parameter.defaultPosition) + "', not '" + text +
@@ -117,7 +118,7 @@ std::vector<ParameterSetting> ParameterList::Draw(double amount) const {
     return settings;
 }
 
-ParameterList::Found ParameterList::Find(const std::string& wanted) const {
+ParameterList::Found ParameterList::FindKnown(const std::string& wanted) const {
     const std::string folded = Folded(wanted);
     for (const auto kind : kKinds) {
         Found found;
@@ -128,7 +129,7 @@ ParameterList::Found ParameterList::Find(const std::string& wanted) const {
         }
         if (!found.empty()) return found;
     }
-    return FindPlain(wanted);
+    return {};
 }
 
 ParameterList::Found ParameterList::FindPlain(const std::string& wanted) const {
@@ -144,13 +145,18 @@ ParameterList::Found ParameterList::FindPlain(const std::string& wanted) const {
     if (found.empty())
         found =
             first([&](const Entry& entry) { return std::to_string(entry.hosted.id) == wanted; });
-    if (!found.empty()) return found;
+    return found;
+}
+
+void ParameterList::Refuse(const std::string& wanted) const {
     throw RenderError("There is no parameter '" + wanted + "'; the nearest is '" +
                       NearestTo(wanted) + "' (--list shows them all).");
 }
 
 ParameterList::Found ParameterList::FindDescribed(const std::string& wanted) const {
-    const Found found = Find(wanted);
+    Found found = FindKnown(wanted);
+    if (found.empty()) found = FindPlain(wanted);
+    if (found.empty()) Refuse(wanted);
     if (found.front()->described != nullptr) return found;
     throw RenderError("The unit of '" + wanted + "' is not known here; --param takes it as a " +
                       "position from 0 to 1.");

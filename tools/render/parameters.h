@@ -65,11 +65,12 @@ private:
     };
     using Found = std::vector<const Entry*>;
 
-    // At least one.
-    Found Find(const std::string& wanted) const;
-    // As the interface tells it: name, index, ID.
+    // By what this program knows, and by what the interface tells: name, index, ID.
+    Found FindKnown(const std::string& wanted) const;
     Found FindPlain(const std::string& wanted) const;
+    // At least one, whose unit is known.
     Found FindDescribed(const std::string& wanted) const;
+    [[noreturn]] void Refuse(const std::string& wanted) const;
     std::string NearestTo(const std::string& wanted) const;
     double ReadPlainPosition(const Entry& entry, const std::string& text) const;
 

@@ -5,7 +5,6 @@
 #include "hosts/vst2/audio_plugin_vst_adapter.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <string_view>
 #include <utility>

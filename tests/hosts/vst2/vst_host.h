@@ -6,10 +6,7 @@
 #include <array>
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <set>
-#include <string>
-#include <utility>
 
 #include "effect/chorus_entry.h"
 #include "foundation/xml/store_visitor.h"
@@ -22,11 +19,7 @@
 
 // A plug-in with one parameter and one stored text, that writes down its MIDI.
 struct FakePlugin : FramePlugin {
-    struct Event {
-        bool operator==(const Event&) const = default;
-        int time;
-        int status;
-    };
+    using Event = std::pair<int, int>;  // time, status
 
     using FramePlugin::FramePlugin;
     using MAudioPlugin::connectedInputs;
@@ -34,7 +27,7 @@ struct FakePlugin : FramePlugin {
     using MAudioPlugin::hostSampleRate;
 
     void ProcessMIDIEvent(int time, const std::uint8_t* bytes) override {
-        events.push_back({time, bytes[0]});
+        events.emplace_back(time, bytes[0]);
         eventPosition = position;
     }
     void StoreSettings(const MStoreVisitor& visitor) override {
@@ -100,14 +93,9 @@ struct VstHost {
     VstIntPtr Load(std::string chunk) const {
         return Call(24, 0, static_cast<VstIntPtr>(chunk.size()), chunk.data());
     }
-    void Resume(int blockSize) const {
-        Call(11, 0, blockSize);
-        Call(12, 0, 1);
-    }
     void Process(float** in, float** out, int count, bool replacing = true) const {
         (replacing ? effect->processReplacing : effect->process)(effect, in, out, count);
     }
-    int Count(int opcode) const { return counts[static_cast<std::size_t>(opcode)]; }
 
     VstIntPtr Answer(int opcode, int index, void* pointer, float option) {
         ++counts[static_cast<std::size_t>(opcode)];
@@ -130,7 +118,7 @@ struct VstHost {
     VstTimeInfo* time = nullptr;
     std::function<void(int index, float value)> onAutomate = [](int, float) {};
     std::function<void(const VstEvents&)> onEvents = [](const VstEvents&) {};
-    std::array<std::atomic<int>, 64> counts{};
+    std::array<std::atomic<int>, 64> counts{};  // of the effect's calls, by opcode
 
     static inline std::unique_ptr<MAudioPlugin> pending;
     static inline VstHost* creating = nullptr;
