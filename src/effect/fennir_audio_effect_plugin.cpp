@@ -67,8 +67,12 @@ std::intptr_t FennirAudioEffectPlugin::Prepare(int newChannels, int newSampleRat
         state.dryDelay[c].Resize(sinc ? kDryDelaySinc : kDryDelayCubic);
         state.dryDelay[c].Clear();
     }
-    for (auto& pair : state.haasDelay)
-        for (auto& line : pair) line.Reserve(std::max(state.voices.MaxHaasSamples(), 1));
+    for (auto& pair : state.haasDelay) {
+        for (auto& line : pair) {
+            line.Reserve(std::max(state.voices.MaxHaasSamples(), 1));
+            line.Clear();
+        }
+    }
     channels = wanted;
     return 0;
 }
