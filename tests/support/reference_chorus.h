@@ -55,6 +55,8 @@ public:
             dryDelay[c].Clear();
             lowPass.memory[c] = highPass.memory[c] = {};
         }
+        for (Voice& voice : voices)
+            for (auto& line : voice.haas) line.Clear();
         Update();
     }
 

@@ -22,7 +22,7 @@ const double kNoNumber = std::nan("");
 std::string ReadBack(BuiltPlugin& plugin, std::uint32_t id, double position) {
     std::string text = plugin->TextAt(id, position);
     if (text == "center") return {};
-    if (const auto kilo = text.find("kH"); kilo != std::string::npos) text.replace(kilo, 3, "Hz");
+    if (const auto kilo = text.find("kHz"); kilo != std::string::npos) text.erase(kilo, 1);
     if (text.find("% le") != std::string::npos) text = plugin->TextAt(id, 1 - position);
     if (text.starts_with("100% wet")) text = "100% wet, 100% dry";
     return text;
@@ -75,20 +75,23 @@ TEST_P(Parameters, MoveToTheLastPointHeldInRange) {
     EXPECT_EQ(plugin.Positions(), clean.Positions()) << "of nobody";
 }
 
+// VST 2 shows the start of a text, and reads the whole of it too.
 TEST_P(Parameters, HaveTextsThatReadBack) {
-    BuiltPlugin plugin(GetParam());
+    BuiltPlugin plugin(GetParam()), vst3(Interface::Vst3);
     const std::vector<double> before = plugin.Positions();
     for (const HostedParameter& parameter : plugin->Parameters()) {
+        const std::uint32_t id = parameter.id;
         if (!parameter.isAutomatable && !parameter.isHidden) continue;  // a heading
         for (const double position : {0.0, 0.25, 1 / 3.0, 0.5, 0.75, 1.0}) {
-            SCOPED_TRACE(testing::Message() << parameter.id << " at " << position);
-            const std::string text = plugin->TextAt(parameter.id, position);
-            EXPECT_FALSE(text.empty());
-            const auto read = plugin->PositionOf(parameter.id, text);
-            const std::string told = ReadBack(plugin, parameter.id, position);
-            EXPECT_EQ(read ? plugin->TextAt(parameter.id, *read) : "", told);
+            SCOPED_TRACE(testing::Message() << id << " at " << position);
+            const std::string text = vst3->TextAt(id, position);
+            const std::string shown = plugin->TextAt(id, position);
+            EXPECT_FALSE(shown.empty());
+            EXPECT_TRUE(text.starts_with(shown)) << text;
+            const auto read = plugin->PositionOf(id, text);
+            EXPECT_EQ(read ? vst3->TextAt(id, *read) : "", ReadBack(vst3, id, position)) << text;
         }
-        EXPECT_FALSE(plugin->PositionOf(parameter.id, "nothing of the kind")) << parameter.id;
+        EXPECT_FALSE(plugin->PositionOf(id, "nothing of the kind")) << id;
     }
     EXPECT_EQ(plugin.Positions(), before) << "as only asked for";
 }
