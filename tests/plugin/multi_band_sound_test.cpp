@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "plugin/bands_double.h"
 #include "plugin/effect_adapter.h"
 #include "plugin/frame/hammer.h"
@@ -59,26 +57,6 @@ void Prepare(const Sound& sound, BandsPlugin& plugin) {
     plugin.SetCrossoverKind(static_cast<Kind>(sound.kind));
 }
 
-// By chance, bands beyond those in use too. What stands still is one of five choices.
-Settings Drawn(std::minstd_rand& draw, int choice) {
-    const auto between = [&](double low, double high) {
-        return low + (high - low) * (draw() % 10001) / 10000;
-    };
-    Settings settings;
-    settings.inputGain = between(-6, 6);
-    settings.outputGain = between(-6, 6);
-    settings.dryWet = between(0, 1);
-    settings.isDry = choice == 1;
-    settings.isWet = choice == 2;
-    settings.mixMovesGain = choice != 3;
-    settings.mixMovesPan = choice != 4;
-    for (auto& band : settings.bands) {
-        band = {between(-9, 9), between(-1, 1), draw() % 5 == 0, draw() % 4 == 0};
-        band.effectGain = 0.1 * static_cast<double>(&band - settings.bands) + 0.3;
-    }
-    return settings;
-}
-
 Audio RunBlocks(BandsPlugin& plugin, const std::vector<ReferenceBands::Block>& blocks,
                 Audio input) {
     Audio output = input;
@@ -106,9 +84,10 @@ TEST(Bands, SoundAsTheirSlowVersionWhateverMoves) {
         for (int choice = 0; choice < 5; ++choice) {
             BandsPlugin plugin;
             Prepare(sound, plugin);
-            const std::vector<ReferenceBands::Block> blocks = {{late + 100, Drawn(draw, choice)},
-                                                               {700, Drawn(draw, choice)},
-                                                               {500, Drawn(draw, choice)}};
+            const std::vector<ReferenceBands::Block> blocks = {
+                {late + 100, Settings::Drawn(draw, choice)},
+                {700, Settings::Drawn(draw, choice)},
+                {500, Settings::Drawn(draw, choice)}};
             const Audio input = Noise(2, late + 1300, 0.25f);
             const ReferenceBands reference{double(sound.sampleRate), sound.limits, sound.kind,
                                            sound.mode, BandEffect::kDelay};

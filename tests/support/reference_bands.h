@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,26 @@ struct ReferenceBandSettings {
     bool isDry = false, isWet = false;
     bool mixMovesGain = true, mixMovesPan = true;
     Band bands[6];
+
+    // By chance, bands beyond those in use too. What stands still is one of five choices.
+    static ReferenceBandSettings Drawn(std::minstd_rand& draw, int choice) {
+        const auto between = [&](double low, double high) {
+            return low + (high - low) * (draw() % 10001) / 10000;
+        };
+        ReferenceBandSettings settings;
+        settings.inputGain = between(-6, 6);
+        settings.outputGain = between(-6, 6);
+        settings.dryWet = between(0, 1);
+        settings.isDry = choice == 1;
+        settings.isWet = choice == 2;
+        settings.mixMovesGain = choice != 3;
+        settings.mixMovesPan = choice != 4;
+        for (Band& band : settings.bands) {
+            band = {between(-9, 9), between(-1, 1), draw() % 5 == 0, draw() % 4 == 0};
+            band.effectGain = 0.1 * static_cast<double>(&band - settings.bands) + 0.3;
+        }
+        return settings;
+    }
 };
 
 struct ReferenceBands {

@@ -107,6 +107,19 @@ TEST_P(Life, IsAsLateAsItTellsInEveryCrossover) {
     }
 }
 
+TEST_P(Life, TellsALatencyThatChanges) {
+    BuiltPlugin plugin(GetParam(), StateOf("BandCount=\"2\""));
+    plugin->TakeNews();
+    for (const auto& [linear, latency] : {std::pair{"1", 3090}, {"0", 18}}) {
+        plugin->SetState(
+            StateOf(std::string("BandCount=\"2\" LinearPhaseCrossover=\"") + linear + '"'));
+        EXPECT_EQ(plugin->Latency(), latency);
+        EXPECT_TRUE(plugin->TakeNews().latencyChanged) << latency;
+    }
+    plugin->SetState(StateOf("BandCount=\"2\" LinearPhaseCrossover=\"0\""));
+    EXPECT_FALSE(plugin->TakeNews().latencyChanged);
+}
+
 TEST_P(Life, IsSilentForSilenceAndBehindItsTail) {
     for (const std::string bands : {"1", "4"}) {
         BuiltPlugin plugin(GetParam(), StateOf("BandCount=\"" + bands + "\"", "Delay=\"0.4\""));
@@ -196,6 +209,9 @@ TEST_P(Life, BearsEveryTransport) {
         EXPECT_LT(Peak(sound), 1);
         if (&transport == transports) {
             EXPECT_EQ(sound, expected) << "as without any";
+        }
+        if (&transport == std::end(transports) - 1) {
+            EXPECT_NE(sound, expected) << "but follows";
         }
         EXPECT_LT(Peak(plugin.Run(input)), 1) << "and without it again";
     }
