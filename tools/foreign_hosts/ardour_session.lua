@@ -36,5 +36,7 @@ for route in tracks:iter() do
   region:to_audioregion():set_fade_out_active(false)
   track:playlist():add_region(region, Temporal.timepos_t(0), 1, false, 0, 0, false)
 end
+-- A VST 3 plug-in learns of its parameters with the next blocks, and what it stores follows them.
+ARDOUR.LuaAPI.usleep(500000)
 Session:save_state("")
 close_session()

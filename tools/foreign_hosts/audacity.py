@@ -5,15 +5,18 @@ import os
 import re
 import shutil
 import subprocess
+import threading
 import time
 from pathlib import Path
 
 MODULE = Path("/usr/lib/audacity/modules/mod-script-pipe.so")
 PATIENCE = 60  # seconds
+SETTLING = 4  # seconds; what comes before its window is up gets lost
 PIPE = "/tmp/audacity_script_pipe.{0}." + str(os.getuid())
 
 # The module counts as known, and is loaded without a question, when its time is right.
 CONFIGURATION = """PrefsVersion=1.1.1r1
+NewPrefsInitialized=1
 [Locale]
 Language=en
 [GUI]
@@ -31,6 +34,12 @@ DefaultProjectSampleRate=48000
 [Quality]
 HQDitherAlgorithmChoice=None
 DitherAlgorithmChoice=None
+[Version]
+Major=3
+Minor=2
+Micro=4
+[Update]
+UpdateNoticeShown=1
 """
 
 
@@ -53,10 +62,9 @@ class Audacity:
         )
         self.home = home
         self.processes = []
+        self.guard = None
 
     def __enter__(self):
-        for way in ("to", "from"):
-            Path(PIPE.format(way)).unlink(missing_ok=True)
         screen = self.start_screen()
         environment = os.environ | {
             "HOME": str(self.home),
@@ -64,23 +72,45 @@ class Audacity:
             "VST_PATH": str(self.home / ".vst"),
         }
         try:
+            # A scan runs in a second process, which takes the pipes away: it gets a start of its
+            # own.
+            self.start(["audacity"], env=environment)
+            self.wait_for(self.registered)
+            time.sleep(SETTLING)
+            self.end(self.processes.pop())
+            for way in ("to", "from"):
+                Path(PIPE.format(way)).unlink(missing_ok=True)
             self.start(["audacity"], env=environment)
             self.wait_for(lambda: all(Path(PIPE.format(way)).exists() for way in ("to", "from")))
+            time.sleep(SETTLING)
+            self.watch()
             self.pipe_to = open(PIPE.format("to"), "w", encoding="utf-8")
             self.pipe_from = open(PIPE.format("from"), encoding="utf-8")
-            self.wait_for(lambda: "OK" in self.do("Help: Command=Help"))
         except BaseException:
             self.__exit__()
             raise
         return self
 
     def __exit__(self, *_):
+        if self.guard:
+            self.guard.cancel()
         for process in reversed(self.processes):
-            process.terminate()
-            try:
-                process.wait(10)
-            except subprocess.TimeoutExpired:
-                process.kill()
+            self.end(process)
+
+    @staticmethod
+    def end(process):
+        process.terminate()
+        try:
+            process.wait(10)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
+
+    def watch(self):
+        """Ends what waits for an answer, by the end of who should give it."""
+        self.guard = threading.Timer(PATIENCE, self.processes[-1].kill)
+        self.guard.daemon = True
+        self.guard.start()
 
     def start(self, command, **options):
         silent = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
@@ -111,13 +141,16 @@ class Audacity:
         answer = ""
         while True:
             line = self.pipe_from.readline()
-            if line in ("", "\n") and answer:
+            if not line:
+                raise RuntimeError(f"Audacity does not answer {command}")
+            if line == "\n" and answer:
                 return answer
             answer += line
 
     def registered(self):
         """Whether the plug-in was found and took the test of a scan."""
-        registry = (self.home / ".audacity-data/pluginregistry.cfg").read_text(errors="replace")
+        path = self.home / ".audacity-data/pluginregistry.cfg"
+        registry = path.read_text(errors="replace") if path.exists() else ""
         entry = re.search(r"Symbol=Quillorea\n.*?Valid=(\d)", registry, re.DOTALL)
         return entry is not None and entry.group(1) == "1"
 

@@ -66,11 +66,11 @@ struct HostedParameter {
 // What is not there is not valid.
 struct HostedTransport {
     bool isPlaying = false;
-    std::optional<double> tempo{};
-    std::optional<double> position{};
-    std::optional<double> barStart{};
-    std::optional<std::pair<int, int>> signature{};
-    std::optional<std::pair<double, double>> cycle{};  // active
+    std::optional<double> tempo = {};
+    std::optional<double> position = {};
+    std::optional<double> barStart = {};
+    std::optional<std::pair<int, int>> signature = {};
+    std::optional<std::pair<double, double>> cycle = {};  // active
 };
 
 struct HostedChange {
@@ -92,12 +92,12 @@ struct HostedBuffers {
 
 struct HostedBlock {
     int sampleCount = 0;
-    std::vector<HostedBuffers> inputs{};         // one per bus
-    std::vector<HostedBuffers> outputs{};        // one per bus
+    std::vector<HostedBuffers> inputs = {};      // one per bus
+    std::vector<HostedBuffers> outputs = {};     // one per bus
     const HostedTransport* transport = nullptr;  // null: the host tells nothing
-    std::vector<HostedChange> changes{};         // of one parameter in order of time
-    std::vector<HostedMidi> midi{};              // to the plug-in
-    std::vector<HostedMidi> sentMidi{};          // from it; Process fills it
+    std::vector<HostedChange> changes = {};      // of one parameter in order of time
+    std::vector<HostedMidi> midi = {};           // to the plug-in
+    std::vector<HostedMidi> sentMidi = {};       // from it; Process fills it
 };
 
 // What the plug-in told the host since it was last asked.
@@ -106,8 +106,8 @@ struct HostedNews {
     bool busesChanged = false;
     bool valuesChanged = false;
     bool stateIsDirty = false;
-    int openGestures = 0;             // begun and not yet ended, over all time
-    std::vector<HostedChange> edits;  // by the plug-in itself
+    int openGestures = 0;                  // begun and not yet ended, over all time
+    std::vector<HostedChange> edits = {};  // by the plug-in itself
 };
 
 class HostedPlugin {

@@ -40,7 +40,7 @@ private:
     }
 };
 
-class HostParameterQueue : public HostObject<Steinberg::Vst::IParamValueQueue> {
+class HostParameterQueue final : public HostObject<Steinberg::Vst::IParamValueQueue> {
 public:
     HostParameterQueue();
     void Restart(Steinberg::Vst::ParamID newId);
@@ -63,7 +63,7 @@ private:
     std::vector<Point> points;
 };
 
-class HostParameterChanges : public HostObject<Steinberg::Vst::IParameterChanges> {
+class HostParameterChanges final : public HostObject<Steinberg::Vst::IParameterChanges> {
 public:
     // Has room for more than most blocks need.
     HostParameterChanges();
@@ -83,7 +83,7 @@ private:
     std::size_t used = 0;
 };
 
-class HostEventList : public HostObject<Steinberg::Vst::IEventList> {
+class HostEventList final : public HostObject<Steinberg::Vst::IEventList> {
 public:
     void Clear() { events.clear(); }
     // Notes and key pressure have events of their own, a program change comes as a controller.

@@ -66,7 +66,7 @@ constexpr struct {
 
 }  // namespace
 
-class Vst3Plugin::Application : public HostObject<Vst::IHostApplication> {
+class Vst3Plugin::Application final : public HostObject<Vst::IHostApplication> {
 public:
     tresult PLUGIN_API getName(Vst::String128 name) override {
         constexpr char16_t kName[] = u"Quillorea render";
@@ -83,7 +83,8 @@ public:
     }
 };
 
-class Vst3Plugin::Handler : public HostObject<Vst::IComponentHandler, Vst::IComponentHandler2> {
+class Vst3Plugin::Handler final
+    : public HostObject<Vst::IComponentHandler, Vst::IComponentHandler2> {
 public:
     explicit Handler(Vst3Plugin& plugin) : plugin(plugin) {}
 

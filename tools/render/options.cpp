@@ -189,6 +189,7 @@ void AddPlugin(CLI::App& app, RenderOptions& options) {
                    "The bundle, or with --vst2 the library, to load instead of the one\n"
                    "that was built or installed with this program")
         ->type_name("PATH")
+        ->take_last()
         ->group("Plug-in");
     app.add_flag("--vst2", options.plugin.isVst2, "Loads it through VST 2 instead of VST 3")
         ->group("Plug-in");

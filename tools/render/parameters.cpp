@@ -136,7 +136,7 @@ ParameterList::Found ParameterList::FindPlain(const std::string& wanted) const {
     const std::string folded = Folded(wanted);
     const auto first = [&](auto matches) -> Found {
         for (const Entry& entry : entries)
-            if (entry.hosted.isAutomatable && matches(entry)) return {&entry};
+            if (!entry.hosted.isHidden && matches(entry)) return {&entry};
         return {};
     };
     Found found = first([&](const Entry& entry) { return Folded(entry.hosted.name) == folded; });
@@ -157,7 +157,9 @@ ParameterList::Found ParameterList::FindDescribed(const std::string& wanted) con
     Found found = FindKnown(wanted);
     if (found.empty()) found = FindPlain(wanted);
     if (found.empty()) Refuse(wanted);
-    if (found.front()->described != nullptr) return found;
+    ParameterMainBase* const described = found.front()->described;
+    if (described != nullptr && !IsSettable(*described)) Refuse(wanted);
+    if (described != nullptr) return found;
     throw RenderError("The unit of '" + wanted + "' is not known here; --param takes it as a " +
                       "position from 0 to 1.");
 }

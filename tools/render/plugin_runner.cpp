@@ -83,9 +83,9 @@ void PluginRunner::MakeBus(Bus& bus, bool isInput) {
                      std::vector<float>(static_cast<std::size_t>(setup.largestBlock)));
 }
 
-// What the plug-in is told ahead of its first block reaches it with a block of no samples, and takes
-// effect at once by the new start behind it. A song first stands at its place and then plays from
-// there, so that the place is no jump and its tempo is known also while it stands.
+// What the plug-in is told ahead of its first block reaches it with a block of no samples, and
+// takes effect at once by the new start behind it. A song first stands at its place and then plays
+// from there, so that the place is no jump and its tempo is known also while it stands.
 void PluginRunner::PassStart() {
     std::vector<float> silence(static_cast<std::size_t>(setup.channels));
     std::vector<float> unheard(silence.size());

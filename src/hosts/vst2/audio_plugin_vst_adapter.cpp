@@ -27,9 +27,10 @@ constexpr int kLargestAnnouncedBlock = 1 << 16;  // larger ones are taken as the
 // The first two pins of each of the first buses.
 void KeepPairs(std::vector<MString>& names, int channelsPerBus, int buses) {
     std::vector<MString> kept;
-    for (int b = 0; b < buses; ++b)
-        for (int c = 0; c < kOldChannels; ++c)
-            kept.push_back(names[static_cast<std::size_t>(b * channelsPerBus + c)]);
+    for (int b = 0; b < buses; ++b) {
+        const auto bus = names.begin() + std::ptrdiff_t{b} * channelsPerBus;
+        kept.insert(kept.end(), bus, bus + kOldChannels);
+    }
     names = std::move(kept);
 }
 

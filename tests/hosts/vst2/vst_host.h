@@ -94,6 +94,7 @@ struct VstHost {
         return Call(24, 0, static_cast<VstIntPtr>(chunk.size()), chunk.data());
     }
     void Process(float** in, float** out, int count, bool replacing = true) const {
+        ASSERT_NE(nullptr, effect);
         (replacing ? effect->processReplacing : effect->process)(effect, in, out, count);
     }
 

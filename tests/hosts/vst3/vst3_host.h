@@ -2,18 +2,12 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <pluginterfaces/base/ibstream.h>
 #include <pluginterfaces/vst/ivstunits.h>
+#include <public.sdk/source/common/memorystream.h>
 
-#include <functional>
-#include <memory>
 #include <mutex>
 #include <sstream>
-#include <string>
 #include <thread>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include "effect/chorus_entry.h"
 #include "foundation/xml/store_visitor.h"
@@ -29,9 +23,11 @@ using namespace Steinberg::Vst;
 
 // With a number, a switch in a section and a stored text.
 struct FakePlugin : FramePlugin {
-    explicit FakePlugin(std::size_t inputPins = 2, std::size_t outputPins = 2, bool hasMIDI = false)
-        : FramePlugin(inputPins, outputPins) {
+    explicit FakePlugin(int inputPins = 2, int outputPins = 2, bool hasMIDI = false,
+                        int busChannels = 2)
+        : FramePlugin(static_cast<std::size_t>(inputPins), static_cast<std::size_t>(outputPins)) {
         receivesMIDI = sendsMIDI = hasMIDI;
+        channelsPerBus = busChannels;
         toggle.SetBoolean("Toggle", "Toggle", true);
         const AutomationContext context{this, "Band 1", {}, false};
         automation.Add(MakeParameterAdapter<ParameterBaseCustom>(context, toggle, 1));
@@ -97,31 +93,26 @@ struct RecordingHandler : HostObject<IComponentHandler, IComponentHandler2> {
     std::string log;
 };
 
-// A host's stream that gives and takes at most so many bytes a call, and none behind a limit.
-struct ByteStream : HostObject<IBStream> {
-    explicit ByteStream(std::string newBytes = {}, int chunk = 1 << 20, int limit = 1 << 30)
-        : bytes(std::move(newBytes)), chunk(chunk), limit(limit) {}
-
-    int32 Room(int32 count, std::size_t used) const {
-        return std::min({chunk, count, limit - static_cast<int>(used)});
+// A host's stream that gives and takes at most so many bytes a call, and takes none behind a limit.
+struct ByteStream : MemoryStream {
+    explicit ByteStream(const std::string& bytes = {}, int chunk = 1 << 20, int limit = 1 << 30)
+        : chunk(chunk), limit(limit) {
+        MemoryStream::write(const_cast<char*>(bytes.data()), static_cast<int32>(bytes.size()),
+                            nullptr);
+        seek(0, kIBSeekSet, nullptr);
     }
     tresult read(void* buffer, int32 count, int32* done) override {
-        *done = static_cast<int32>(
-            bytes.copy(static_cast<char*>(buffer), static_cast<std::size_t>(Room(count, at)), at));
-        at += static_cast<std::size_t>(*done);
-        return kResultOk;
+        const int64 left = limit - cursor;
+        if (left <= 0) return kResultFalse;
+        return MemoryStream::read(buffer, std::min({count, chunk, static_cast<int32>(left)}), done);
     }
     tresult write(void* buffer, int32 count, int32* done) override {
-        *done = Room(count, bytes.size());
-        bytes.append(static_cast<char*>(buffer), static_cast<std::size_t>(*done));
-        return *done > 0 ? kResultOk : kResultFalse;
+        if (getSize() + count > limit) return kResultFalse;
+        return MemoryStream::write(buffer, std::min(count, chunk), done);
     }
-    tresult seek(int64, int32, int64*) override { return kResultFalse; }
-    tresult tell(int64*) override { return kResultFalse; }
+    std::string Bytes() { return {getData(), static_cast<std::size_t>(getSize())}; }
 
-    std::string bytes;
     const int chunk, limit;
-    std::size_t at = 0;
 };
 
 // A stereo block with nothing else; the output is 9 where nobody writes.
@@ -181,7 +172,7 @@ struct Vst3Host {
     std::string State() {
         ByteStream stream;
         EXPECT_EQ(kResultOk, component->getState(&stream));
-        return stream.bytes;
+        return stream.Bytes();
     }
     void Load(const std::string& bytes, int chunk = 1 << 20) {
         ByteStream stream(bytes, chunk);
@@ -206,10 +197,11 @@ struct Vst3Host {
 
 // A host and the plug-in in it.
 struct HostedFake {
+    template <typename... Arguments>
+    explicit HostedFake(Arguments... arguments)
+        : HostedFake(std::make_unique<FakePlugin>(arguments...)) {}
     explicit HostedFake(std::unique_ptr<FakePlugin> newPlugin)
         : plugin(*newPlugin), host(std::move(newPlugin)) {}
-    explicit HostedFake(std::size_t inputPins = 2, std::size_t outputPins = 2, bool hasMIDI = false)
-        : HostedFake(std::make_unique<FakePlugin>(inputPins, outputPins, hasMIDI)) {}
 
     FakePlugin& plugin;
     Vst3Host host;

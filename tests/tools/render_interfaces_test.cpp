@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+#include "tools/render_folder.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+class RenderInterfaces : public RenderFolder {
+protected:
+    void SetUp() override {
+        WriteSound("in.wav", Tones(0.2, 2));
+        WriteSound("mono.wav", Tones(0.2, 1));
+        WriteSound("wide.wav", Tones(0.2, 5));
+    }
+
+    SoundData With(Arguments arguments, const std::string& input = "in.wav") {
+        arguments.insert(arguments.begin(), {input, "out.wav", "--tail=0"});
+        return Rendered(arguments, "out.wav");
+    }
+};
+
+}  // namespace
+
+TEST_F(RenderInterfaces, SoundAlike) {
+    const Arguments cases[] = {
+        {},
+        {"--set=Voices=7", "--quality=normal"},
+        {"--channel-mode=Side", "--set=Depth=1.5"},
+        {"--bypass"},
+        {"--automate=Depth=0:0,0.1:1"},
+        {"--tempo=100", "--set=sync=on"},
+        {"--tempo=100", "--position=330.25", "--set=sync=on", "--block=random"},
+    };
+    for (const Arguments& arguments : cases) {
+        for (const char* input : {"in.wav", "mono.wav"}) {
+            SCOPED_TRACE(testing::PrintToString(arguments) + input);
+            Arguments other = arguments;
+            other.push_back("--vst2");
+            // Positions have 32 bits there.
+            EXPECT_LT(LargestDifference(With(arguments, input), With(other, input)), 1e-5F);
+        }
+    }
+    EXPECT_EQ(LargestDifference(With({}, "wide.wav"), With({"--vst2"}, "wide.wav")), 0);
+}
+
+TEST_F(RenderInterfaces, SetParametersAsHostsDo) {
+    const SoundData six = With({"--set=Voices=6"});
+    for (const char* setting : {"Voices=6", "5=0.5555555556", "voices=0.5555555556"})
+        EXPECT_EQ(LargestDifference(six, With({"--param", setting})), 0) << setting;
+    EXPECT_EQ(LargestDifference(With({"--bypass"}), With({"--param=Bypass=1"})), 0);
+    EXPECT_GT(LargestDifference(six, With({})), 0.01F);
+}
+
+TEST_F(RenderInterfaces, CarryStatesToEachOther) {
+    const Arguments settings = {"--set=Voices=6", "--channel-mode=Mid", "--protection=extreme"};
+    Arguments storing = settings;
+    storing.push_back("--state-out=state");
+    const SoundData sound = With(storing);
+    EXPECT_THAT(Bytes("state"), testing::AllOf(HasSubstr("<settings"), HasSubstr("Mono"),
+                                               HasSubstr("MaxLFOBlockSize=\"1\"")));
+    for (const char* interface : {"--bypass=false", "--vst2"})
+        EXPECT_EQ(LargestDifference(sound, With({"--state-in=state", interface})), 0);
+    // Without any sound to render, and through the other interface.
+    EXPECT_EQ(Render({"--state-in=state", "--vst2", "--state-out=again"}).err, "");
+    EXPECT_EQ(Bytes("again"), Bytes("state"));
+}
+
+TEST_F(RenderInterfaces, TellOfThePlugin) {
+    for (const char* interface : {"--bypass=false", "--vst2"}) {
+        const std::string info = Render({"--info", interface}).out;
+        for (const char* line : {"Name: +Test plug-in\n", "Version: +1", "Latency: +18 samples\n",
+                                 "Tail: +[0-9]+ samples\n", "main audio input, 2 channels\n"})
+            EXPECT_THAT(info, testing::ContainsRegex(line)) << interface;
+        EXPECT_THAT(Render({"--list-params", interface}).out,
+                    testing::ContainsRegex("5 +5 +.* 0.111111 = 2\n"));
+    }
+}
+
+TEST_F(RenderInterfaces, FailInOnePlainSentence) {
+    std::ofstream(folder / "text") << "no state";
+    std::ofstream(folder / "other") << "<preset/>";
+    const std::pair<Arguments, const char*> cases[] = {
+        {{"--plugin=none"}, "Cannot load 'none': No such file or directory.\n"},
+        {{"--plugin=text"}, "'text' is not a plug-in that can be loaded: "},
+        {{"--state-in=none"}, "Cannot read 'none'.\n"},
+        {{"--state-in=text"}, "'text' is no state of the plug-in: "},
+        {{"--state-in=other"}, "'other' is no state of the plug-in.\n"},
+        {{"--param=Rate=fast"}, "'Rate' takes positions from 0 to 1 or a text such as '"},
+        {{"--param=Raet=1"}, "no parameter 'Raet'; the nearest is 'Rate'"},
+        {{"--crossover=30dB/oct"}, "no crossover '30dB/oct'; the nearest is '"},
+        {{"--protection=none"}, "no protection 'none'; the nearest is '"},
+        {{"--bands=7"}, "whole number from 1 to 6"},
+    };
+    for (const auto& [arguments, text] : cases) {
+        Arguments all = {"in.wav", "out.wav"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const RenderResult result = Render(all);
+        EXPECT_GT(result.exitCode, 0) << text;
+        EXPECT_THAT(result.err, HasSubstr(text));
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
+    }
+    EXPECT_EQ(Render({"in.wav", "out.wav"}).exitCode, 0);
+}
