@@ -264,6 +264,7 @@ void MAudioEffectPluginToAudioPluginAdapter::GenerateRandomSettings(double amoun
             Randomize(amount);
         }
         updateEditorCall.Request(editorFactory);
+        StateChanged();
     });
 }
 

@@ -84,7 +84,7 @@ public:
     void ActualiseAfterLoading() override;
 
     // New values for all parameters that take part; amount 0..1, exactly 1 makes them from nothing,
-    // less moves them. The host is not told.
+    // less moves them.
     void GenerateRandomSettings(double amount);
 
     // Each at least 1.
@@ -104,6 +104,8 @@ public:
 
     MString displayName;
     MPresetServices* presets = nullptr;  // not owned; null where there are none
+    // Of the user's presets the one that the settings came from; -1 for none. Kept with a song.
+    std::atomic<std::int32_t> currentPresetIndex = -1;
 
 protected:
     void Process(float** inputs, float** outputs, int sampleCount) override;

@@ -48,8 +48,9 @@ void MAudioEffectPluginToAudioPluginAdapter::StoreSettings(const MStoreVisitor& 
     StoreStandardSettings(visitor);
 }
 
-// Always told: a state that says nothing of the quality leaves the present one.
+// The quality is always told: a state that says nothing of it leaves the present one.
 void MAudioEffectPluginToAudioPluginAdapter::StoreStandardSettings(const MStoreVisitor& visitor) {
+    StoreWord(visitor, "CurrentPresetIndex", currentPresetIndex, -1);
     KeepWord(visitor, "Sinc", hqUpsampling);
 }
 

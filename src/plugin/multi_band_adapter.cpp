@@ -48,7 +48,8 @@ void MAudioEffectPluginToAudioPluginMultiBandAdapter::CreateEffects(const MStrin
     }
     TakeDescriptor(*effects[0]);
     effects[0]->Store(&defaultParameters);
-    SetDefaultBands(defaultBandCount.load(kRelaxed));
+    SetBands(defaultBandCount.load(kRelaxed));
+    OnGlobalChange(true);
 }
 
 // The order is the hosts'.

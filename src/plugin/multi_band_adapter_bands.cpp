@@ -78,6 +78,7 @@ void MAudioEffectPluginToAudioPluginMultiBandAdapter::ChangeStructure(
     }
     if (isLatencyNew) InitProcessing();
     RequestEditorUpdate();
+    StateChanged();
 }
 
 void MAudioEffectPluginToAudioPluginMultiBandAdapter::SetDefaultBands(int count) {
@@ -127,6 +128,7 @@ void MAudioEffectPluginToAudioPluginMultiBandAdapter::SoloBand(int band, bool on
         for (int b = 0; b < kMaxBands; ++b) bandMute[Index(b)] = on && b != band;
     }
     OnGlobalChange(true);
+    StateChanged();
 }
 
 void MAudioEffectPluginToAudioPluginMultiBandAdapter::ApplyBands() {
@@ -188,6 +190,7 @@ void MAudioEffectPluginToAudioPluginMultiBandAdapter::SetCrossoverKind(Crossover
             set(linearPhaseRequested, isLinear);
         }
         InitProcessing();
+        StateChanged();
     });
 }
 

@@ -236,7 +236,8 @@ void MAudioEffectPluginToAudioPluginMultiBandAdapter::ProcessBlock(float** input
                                                                    int sampleCount) {
     Guarded("MAudioEffectPluginToAudioPluginMultiBandAdapter::ProcessBlock", [&] {
         if (!splitter.HasRoomFor(BusCount(), processingOutputs)) return;
-        if (sampleCount > largestBlock) ReserveBuffers(largestBlock = sampleCount);
+        largestBlock = std::max(largestBlock, sampleCount);
+        ReserveBuffers(sampleCount);  // nothing, behind the first block of a size
         BandBlock(*this, inputs, outputs, sampleCount).Run();
     });
 }

@@ -18,22 +18,16 @@ using Taps = std::vector<double>;
 
 constexpr int kTaps = 1025;
 
-inline int ActiveTaps(double frequency, double sampleRate, bool fixedQ) {
-    if (!fixedQ) return kTaps;
-    const double length = 180 * sampleRate / (14.357078426905355 * frequency);
-    return std::min(static_cast<int>(std::floor(length)) / 2 * 2 + 1, kTaps);
-}
-
 inline Taps LowPass(double frequency, double sampleRate, bool fixedQ) {
     const double beta = (170 - 8.7) * 0.1102, pi = std::numbers::pi;
-    const double fc = static_cast<float>(2 * frequency / sampleRate);
-    const int active = ActiveTaps(frequency, sampleRate, fixedQ);
+    const double fc = std::min(1.0f, static_cast<float>(2 * frequency / sampleRate));
+    const double wanted = fixedQ ? 180 * sampleRate / (14.357078426905355 * frequency) : kTaps;
+    const int active = std::min(static_cast<int>(wanted) / 2 * 2 + 1, kTaps);
     Taps taps(kTaps, 0);
     for (int i = 0; i < active; ++i) {
         const int distance = i - active / 2;
-        const double x = 2.0 * i / active - 1;
-        const double window =
-            std::cyl_bessel_i(0, beta * std::sqrt(1 - x * x)) / std::cyl_bessel_i(0, beta);
+        const double x = 2.0 * i / active - 1, edge = std::cyl_bessel_i(0, beta);
+        const double window = std::cyl_bessel_i(0, beta * std::sqrt(1 - x * x)) / edge;
         const double sinc = distance == 0 ? fc : std::sin(pi * fc * distance) / (pi * distance);
         taps[kTaps / 2 + distance] = sinc * window;
     }

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <memory>
 
 #include "foundation/module/module.h"
 #include "foundation/streams/stream_support.h"
@@ -13,8 +12,8 @@
 class ModuleHome : public testing::Test {
 protected:
     ModuleHome() {
-        setenv("XDG_CONFIG_HOME", home.Path("config").c_str(), 1);
-        setenv("XDG_DATA_HOME", home.Path("data").c_str(), 1);
+        setenv("XDG_CONFIG_HOME", home.path.c_str(), 1);
+        setenv("XDG_DATA_HOME", home.path.c_str(), 1);
     }
     ~ModuleHome() override { ForgetModule(); }
 
@@ -22,18 +21,6 @@ protected:
         delete theModule;
         theModule = nullptr;
     }
-    // What the file of settings holds when the module is made.
-    void SetSettings(const std::string& attributes) const {
-        std::filesystem::create_directories(home.path / "config/quillorea");
-        home.SetContent("config/quillorea/GlobalConfiguration.xml",
-                        "<GlobalConfiguration><MAudioPluginSettings " + attributes +
-                            "/></GlobalConfiguration>");
-    }
 
     const TestFolder home;
 };
-
-inline int ThreadCount() {
-    return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/task"),
-                                          std::filesystem::directory_iterator()));
-}
