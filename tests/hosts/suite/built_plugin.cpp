@@ -7,7 +7,6 @@
 #include <fstream>
 #include <map>
 #include <optional>
-#include <thread>
 
 #include "support/allocation_trap.h"
 
@@ -26,31 +25,25 @@ std::shared_ptr<HostedLibrary> OpenAt(Interface interface, const std::string& vs
     return interface == Interface::Vst3 ? OpenVst3(vst3) : OpenVst2(vst2);
 }
 
-// What nobody else's settings reach.
-class EmptyHome : public testing::Environment {
-public:
-    void SetUp() override {
-        std::string pattern = fs::temp_directory_path() / "quillorea-suite-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        home = pattern;
-        Tell(home);
-    }
-    void TearDown() override { fs::remove_all(home); }
+fs::path NewFolder() {
+    std::string pattern = fs::temp_directory_path() / "quillorea-suite-XXXXXX";
+    if (mkdtemp(pattern.data()) == nullptr) throw HostingError("Cannot make a folder.");
+    return pattern;
+}
 
-    static void Tell(const fs::path& home) {
-        setenv("HOME", home.c_str(), 1);
-        setenv("XDG_CONFIG_HOME", (home / "config").c_str(), 1);
-        setenv("XDG_DATA_HOME", (home / "data").c_str(), 1);
-    }
+void TellHome(const fs::path& home) {
+    setenv("HOME", home.c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (home / "config").c_str(), 1);
+    setenv("XDG_DATA_HOME", (home / "data").c_str(), 1);
+}
 
-    fs::path home;
-};
+// Of the whole program, so that nobody's settings reach the library.
+const struct EmptyHome {
+    EmptyHome() { TellHome(path); }
+    ~EmptyHome() { fs::remove_all(path); }
 
-EmptyHome* const emptyHome = [] {
-    auto* const environment = new EmptyHome;
-    testing::AddGlobalTestEnvironment(environment);
-    return environment;
-}();
+    const fs::path path = NewFolder();
+} emptyHome;
 
 // IDs by name.
 const std::map<std::string, std::uint32_t>& IDs() {
@@ -139,20 +132,17 @@ std::uint32_t IDOf(const std::string& name) {
 
 std::uint32_t ParameterCount() { return static_cast<std::uint32_t>(IDs().size()); }
 
-FreshLibrary::FreshLibrary(const std::string& settings) {
-    std::string pattern = fs::temp_directory_path() / "quillorea-fresh-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) throw HostingError("Cannot make a folder.");
-    folder = pattern;
-    home = folder / "home";
+FreshLibrary::FreshLibrary(const std::string& settings)
+    : home(NewFolder() / "home"), folder(home.parent_path()) {
     fs::create_directories(home / "config/quillorea");
     fs::copy(QUILLOREA_LIBRARY, folder / "Quillorea.so");
     if (!settings.empty())
         std::ofstream(home / "config/quillorea/GlobalConfiguration.xml") << settings;
-    EmptyHome::Tell(home);
+    TellHome(home);
 }
 
 FreshLibrary::~FreshLibrary() {
-    EmptyHome::Tell(emptyHome->home);
+    TellHome(emptyHome.path);
     std::error_code failed;
     fs::permissions(home, fs::perms::owner_all, failed);
     fs::remove_all(folder, failed);

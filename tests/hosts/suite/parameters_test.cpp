@@ -2,8 +2,6 @@
 
 // Parameters, their texts, and MIDI.
 
-#include <gmock/gmock.h>
-
 #include <chrono>
 #include <cmath>
 #include <thread>

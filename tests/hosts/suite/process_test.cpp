@@ -3,7 +3,6 @@
 // What the library does to the process, and what it does without a home or memory.
 
 #include <cstdlib>
-#include <optional>
 
 #include "hosting/shared_library.h"
 #include "hosts/suite/built_plugin.h"

@@ -3,7 +3,6 @@
 // Audio on one thread while the host does on others whatever it may do there.
 
 #include <atomic>
-#include <chrono>
 #include <thread>
 
 #include "hosts/suite/built_plugin.h"
