@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <utility>
@@ -57,6 +58,7 @@ inline void* Take(Allocate allocate) {
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
@@ -64,6 +66,11 @@ void __libc_free(void* block);
 
 void* malloc(std::size_t size) {
     return Take([size] { return __libc_malloc(size); });
+}
+
+// A new thread takes memory so.
+void* calloc(std::size_t count, std::size_t size) {
+    return Take([count, size] { return __libc_calloc(count, size); });
 }
 
 // A new place for a block is a block that is kept and one that is not.
@@ -75,6 +82,11 @@ void* realloc(void* block, std::size_t size) {
 
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
     return Take([alignment, size] { return __libc_memalign(alignment, size); });
+}
+
+int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
+    *block = aligned_alloc(alignment, size);
+    return *block != nullptr ? 0 : ENOMEM;
 }
 
 void free(void* block) {

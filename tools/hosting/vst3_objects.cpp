@@ -48,6 +48,11 @@ std::optional<HostedMidi> ToBytes(const Vst::Event& event) {
 
 }  // namespace
 
+HostParameterQueue::HostParameterQueue() {
+    constexpr std::size_t kPoints = 16;
+    points.reserve(kPoints);
+}
+
 void HostParameterQueue::Restart(Vst::ParamID newId) {
     id = newId;
     points.clear();
@@ -66,6 +71,11 @@ tresult HostParameterQueue::addPoint(int32 sampleOffset, Vst::ParamValue value, 
     index = getPointCount();
     points.push_back({sampleOffset, value});
     return kResultOk;
+}
+
+HostParameterChanges::HostParameterChanges() {
+    constexpr int kQueues = 256;
+    for (int q = 0; q < kQueues; ++q) queues.push_back(std::make_unique<HostParameterQueue>());
 }
 
 void HostParameterChanges::Fill(std::span<const HostedChange> changes) {

@@ -42,6 +42,7 @@ private:
 
 class HostParameterQueue final : public HostObject<Steinberg::Vst::IParamValueQueue> {
 public:
+    HostParameterQueue();
     void Restart(Steinberg::Vst::ParamID newId);
 
     Steinberg::Vst::ParamID PLUGIN_API getParameterId() override { return id; }
@@ -64,6 +65,9 @@ private:
 
 class HostParameterChanges final : public HostObject<Steinberg::Vst::IParameterChanges> {
 public:
+    // Has room for more than most blocks need.
+    HostParameterChanges();
+
     // A queue for each parameter, in the order in which they first appear.
     void Fill(std::span<const HostedChange> changes);
     void Add(const HostedChange& change);

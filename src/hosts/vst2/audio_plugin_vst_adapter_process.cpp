@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "foundation/objects/guarded.h"
+#include "hosts/adapter/unserved_channels.h"
 #include "hosts/vst2/audio_plugin_vst_adapter.h"
 
 namespace {
@@ -57,6 +58,9 @@ void MAudioPluginVSTAdapter::PerformProcessing(float** inputs, float** outputs, 
     SpreadPins(inputs, plugin->GetInputBusCount(), channels, inputRows);
     SpreadPins(outputs, plugin->GetOutputBusCount(), channels, outputRows);
     plugin->ProcessAudio(inputRows.data(), outputRows.data(), count, replacing);
+    const int served = std::min(plugin->GetServedOutputChannels(), channels);
+    for (int b = 0; replacing && b < plugin->GetOutputBusCount(); ++b)
+        SilenceUnserved(outputs + b * channels, channels, served, count);
     SendGeneratedEvents(count);
 }
 

@@ -141,7 +141,7 @@ private:
     void TakeEvents(Steinberg::Vst::IEventList& events);
     void TakeEvent(const Steinberg::Vst::Event& event);
     void ProcessBuffers(Steinberg::Vst::ProcessData& data);
-    void SilenceUnserved(Steinberg::Vst::ProcessData& data) const;
+    void FinishOutputs(Steinberg::Vst::ProcessData& data) const;
     void SendEvents(Steinberg::Vst::IEventList& events, int sampleCount);
 
     void KeepHandler(HandlerPointer newHandler);

@@ -6,8 +6,8 @@
 #include <bit>
 #include <cmath>
 
-#include "dsp/vectors.h"
 #include "foundation/objects/guarded.h"
+#include "hosts/adapter/unserved_channels.h"
 #include "hosts/vst3/audio_plugin_vst3_adapter.h"
 #include "hosts/vst3/midi_events.h"
 #include "pluginterfaces/vst/ivstmidicontrollers.h"
@@ -139,19 +139,21 @@ void MAudioPluginVST3Adapter::ProcessBuffers(ProcessData& data) {
     FillRows(data.inputs, BusCount(data.inputs, data.numInputs), inputs);
     FillRows(data.outputs, BusCount(data.outputs, data.numOutputs), outputs);
     plugin->ProcessAudio(inputs.data(), outputs.data(), data.numSamples, true);
-    SilenceUnserved(data);
+    FinishOutputs(data);
 }
 
-// Channels that the host gave beyond those of the arrangement, and buses that do not exist.
-void MAudioPluginVST3Adapter::SilenceUnserved(ProcessData& data) const {
-    const int served = std::popcount(outputArrangement);
+// Silences what the host gave beyond the arrangement and the channel mode, and buses that do not
+// exist.
+void MAudioPluginVST3Adapter::FinishOutputs(ProcessData& data) const {
+    const int served =
+        std::min(std::popcount(outputArrangement), plugin->GetServedOutputChannels());
     const int buses = data.outputs != nullptr ? data.numOutputs : 0;
     for (int b = 0; b < buses; ++b) {
         AudioBusBuffers& bus = data.outputs[b];
         bus.silenceFlags = 0;
         if (bus.channelBuffers32 == nullptr) continue;
-        for (int c = b < plugin->GetOutputBusCount() ? served : 0; c < bus.numChannels; ++c)
-            VecZero(bus.channelBuffers32[c], data.numSamples);
+        SilenceUnserved(bus.channelBuffers32, bus.numChannels,
+                        b < plugin->GetOutputBusCount() ? served : 0, data.numSamples);
     }
 }
 

@@ -143,6 +143,8 @@ public:
     virtual int GetProcessingOutputChannels();
     virtual int GetHostInputChannels();
     virtual int GetHostOutputChannels();
+    // How many channels of a bus the last InitProcessing found to be written by ProcessAudio.
+    int GetServedOutputChannels() const { return hostOutputs.load(kRelaxed); }
     virtual int GetInputBusCount();
     virtual int GetOutputBusCount();
     virtual void SetProgramName(const MString& name);
