@@ -3,8 +3,11 @@
 # look for plug-ins below /usr.
 
 set(QUILLOREA_DOC_DIR share/doc/quillorea)
+# The same library in both places, as a target, since only those are stripped.
 install(DIRECTORY $<TARGET_PROPERTY:Quillorea,VST3_BUNDLE> DESTINATION lib/vst3
-  USE_SOURCE_PERMISSIONS)
+  PATTERN "*.so" EXCLUDE)
+install(TARGETS Quillorea LIBRARY
+  DESTINATION lib/vst3/Quillorea.vst3/Contents/${CMAKE_SYSTEM_PROCESSOR}-linux)
 install(TARGETS Quillorea LIBRARY DESTINATION lib/vst)
 install(TARGETS quillorea-render RUNTIME DESTINATION bin)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md

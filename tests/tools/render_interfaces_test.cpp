@@ -84,6 +84,18 @@ TEST_F(RenderInterfaces, TellOfThePlugin) {
     }
 }
 
+TEST_F(RenderInterfaces, TakePositionsOfAPluginThatIsNotKnown) {
+    const std::string other = std::string("--plugin=") + OTHER_PLUGIN;
+    for (const char* interface : {"--bypass=false", "--vst2"}) {
+        EXPECT_EQ(Render({"--list", other, interface}).out,
+                  Render({"--list-params", other, interface}).out);
+        // Its dry sound at position 0, without the product's -6 dB.
+        EXPECT_EQ(LargestDifference(With({other, interface, "--quality=normal", "--param=1=0"}),
+                                    ReadSound("in.wav")),
+                  0);
+    }
+}
+
 TEST_F(RenderInterfaces, FailInOnePlainSentence) {
     std::ofstream(folder / "text") << "no state";
     std::ofstream(folder / "other") << "<preset/>";
@@ -95,6 +107,7 @@ TEST_F(RenderInterfaces, FailInOnePlainSentence) {
         {{"--state-in=other"}, "'other' is no state of the plug-in.\n"},
         {{"--param=Rate=fast"}, "'Band 1 - Rate' takes positions from 0 to 1 or a text such as '"},
         {{"--param=Raet=1"}, "no parameter 'Raet'; the nearest is 'Rate'"},
+        {{std::string("--plugin=") + OTHER_PLUGIN, "--set=Rate=1"}, "unit of 'Rate' is not known"},
         {{"--crossover=30dB/oct"}, "no crossover '30dB/oct'; the nearest is '"},
         {{"--protection=none"}, "no protection 'none'; the nearest is '"},
         {{"--bands=7"}, "whole number from 1 to 6"},

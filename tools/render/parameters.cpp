@@ -177,6 +177,8 @@ std::string ParameterList::NearestTo(const std::string& wanted) const {
 }
 
 std::string ParameterList::Table() const {
+    if (std::ranges::none_of(entries, [](const Entry& entry) { return entry.described; }))
+        return InterfaceTable();
     std::vector<std::vector<std::string>> rows = {
         {"Index", "Name", "Identifier", "Range", "Default"}};
     std::vector<std::string> choices;

@@ -56,7 +56,8 @@ public:
     // Tables for people. With what this program knows: index, name, identifier, range, default;
     // then the choices and the units. With what the interface tells: index, ID, name, section,
     // steps, default.
-    // The bands are alike, and the first stands for all.
+    // The bands are alike, and the first stands for all. Of a plug-in that this program does not
+    // know the first table is the second.
     std::string Table() const;
     std::string InterfaceTable() const;
 

@@ -22,9 +22,9 @@ bool PluginDescription::Describes(std::span<const HostedParameter> hosted) {
     for (const HostedParameter& each : hosted) {
         if (each.isBypass || each.isHidden) continue;
         if (i == parameters.size()) return false;
-        // VST 2 cuts the name with its section.
-        const std::string name = plugin.GetParameterName(static_cast<int>(i)).ToUtf8();
-        if (each.name != Title(i) && !name.starts_with(each.name)) return false;
+        // VST 2 cuts it, with the section or without.
+        const std::string whole = plugin.GetParameterName(static_cast<int>(i)).ToUtf8();
+        if (!Title(i).starts_with(each.name) && !whole.starts_with(each.name)) return false;
         ++i;
     }
     return i == parameters.size();
