@@ -74,13 +74,15 @@ TEST_F(RenderInterfaces, CarryStatesToEachOther) {
 }
 
 TEST_F(RenderInterfaces, TellOfThePlugin) {
-    for (const char* interface : {"--bypass=false", "--vst2"}) {
+    for (const auto& [interface, parameter] :
+         {std::pair{"--bypass=false", "Band 1"}, {"--vst2", "1Voices"}}) {
         const std::string info = Render({"--info", interface}).out;
         for (const char* line : {"Name: +Quillorea\n", "Version: +0?.?1", "Latency: +18 samples\n",
                                  "Tail: +[0-9]+ samples\n", "main audio input, 2 channels\n"})
             EXPECT_THAT(info, testing::ContainsRegex(line)) << interface;
-        EXPECT_THAT(Render({"--list-params", interface}).out,
-                    testing::ContainsRegex("27 +27 +Band 1.* 0.111111 = 2\n"));
+        EXPECT_THAT(
+            Render({"--list-params", interface}).out,
+            testing::ContainsRegex(std::string("27 +27 +") + parameter + ".* 0.111111 = 2\n"));
     }
 }
 

@@ -4,6 +4,13 @@
 #include <algorithm>
 
 #include "effect/chorus_entry.h"
+#include "hosts/adapter/interface_text.h"
+
+namespace {
+
+constexpr int kBriefLength = 7;  // letters in VST 2
+
+}  // namespace
 
 PluginDescription::PluginDescription() {
     plugin.Initialize("chorus", "Chorus", ChorusEntry);
@@ -22,9 +29,10 @@ bool PluginDescription::Describes(std::span<const HostedParameter> hosted) {
     for (const HostedParameter& each : hosted) {
         if (each.isBypass || each.isHidden) continue;
         if (i == parameters.size()) return false;
-        // VST 2 cuts it, with the section or without.
-        const std::string whole = plugin.GetParameterName(static_cast<int>(i)).ToUtf8();
-        if (!Title(i).starts_with(each.name) && !whole.starts_with(each.name)) return false;
+        // VST 2 has room for a few letters only.
+        const MString brief =
+            Abbreviated(plugin.GetParameterShortName(static_cast<int>(i)), kBriefLength);
+        if (each.name != Title(i) && each.name != brief.ToUtf8()) return false;
         ++i;
     }
     return i == parameters.size();
