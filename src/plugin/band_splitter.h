@@ -19,7 +19,7 @@
 // Memory   Prepare allocates, and Build where its design has other bands, another kind or another
 //          mode than the last one; new limits and the work on samples do not. What is not in use
 //          owns nothing
-// Errors   std::bad_alloc out of Prepare and Build: the last design holds
+// Errors   std::bad_alloc out of Prepare and Build, behind which another Build is due
 class BandSplitter {
 public:
     static constexpr int kMaxBands = 6;

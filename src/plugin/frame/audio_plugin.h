@@ -35,8 +35,7 @@ struct MStoreVisitor;
 // Units    samples at the host's rate, inside Process at sampleRate; quarter notes; beats a minute
 // Arrays   128 pointers, channel c of bus b at b * 8 + c
 // Threads  ProcessAudio, ProcessMIDIEvent and the transport on the audio thread; parameter values
-// on
-//          any; the rest on any but the audio thread
+//          on any; the rest on any but the audio thread
 // Locks    raise processingDisabled, then stateLock, then processLock
 // Memory   ProcessAudio allocates only where a block is larger than any before it and than the
 //          announced size
