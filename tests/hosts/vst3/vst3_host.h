@@ -22,11 +22,9 @@ using namespace Steinberg::Vst;
 
 // With a number, a switch in a section and a stored text.
 struct FakePlugin : FramePlugin {
-    explicit FakePlugin(int inputPins = 2, int outputPins = 2, bool hasMIDI = false,
-                        int busChannels = 2)
+    explicit FakePlugin(int inputPins = 2, int outputPins = 2, bool hasMIDI = false)
         : FramePlugin(static_cast<std::size_t>(inputPins), static_cast<std::size_t>(outputPins)) {
         receivesMIDI = sendsMIDI = hasMIDI;
-        channelsPerBus = busChannels;
         toggle.SetBoolean("Toggle", "Toggle", true);
         const AutomationContext context{this, "Band 1", {}, false};
         automation.Add(MakeParameterAdapter<ParameterBaseCustom>(context, toggle, 1));
@@ -190,8 +188,7 @@ struct Vst3Host {
 
 // A host and the plug-in in it.
 struct HostedFake {
-    template <typename... Arguments>
-    explicit HostedFake(Arguments... arguments)
+    explicit HostedFake(auto... arguments)
         : HostedFake(std::make_unique<FakePlugin>(arguments...)) {}
     explicit HostedFake(std::unique_ptr<FakePlugin> newPlugin)
         : plugin(*newPlugin), host(std::move(newPlugin)) {}
