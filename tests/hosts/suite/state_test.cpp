@@ -141,7 +141,7 @@ TEST_P(State, KeepsTheBypass) {
     EXPECT_TRUE(passes(loaded));
     if (GetParam() == Interface::Vst3) {
         EXPECT_EQ(loaded->Position(0x7fff), 1);
-        loaded.Flush({{0x7fff, 0, 0}});
+        loaded.Flush({{0x7fff, 0, 1}, {0x7fff, 9, 0.5}});
     } else {
         loaded->SetState(StateOf("BandCount=\"2\""));
     }
