@@ -5,10 +5,11 @@
 #include <cmath>
 #include <set>
 #include <sstream>
-#include <tuple>
 
 #include "effect/chorus_driver.h"
 #include "tools/render_folder.h"
+
+using testing::HasSubstr;
 
 namespace {
 
@@ -62,12 +63,17 @@ TEST_F(RenderSettings, MeanTheSameInEverySpelling) {
          "--tempo=90|--automate=sync=0:On|--automate=length=0:8"},
         {"--seed=3|--randomize=1", "--randomize|1|--seed|3|--block=64"},
         {"--seed=4|--randomize=1"},
+        {"--automate=Depth=0:0,0.1:1"},
+        {"--tempo=100|--position=330.25|--set=sync=on"},
         {"--seed=4|--randomize=1|--bands=2", "--bands=2|--randomize=1|--seed=4"},
     };
     std::set<std::vector<float>> sounds;
     for (const auto& spellings : groups) {
         const std::vector<float> sound = With(spellings[0]);
         EXPECT_TRUE(sounds.insert(sound).second) << "sounds like a group before";
+        // Positions have 32 bits there.
+        const std::vector<float> other = With(std::string("--vst2|") + spellings[0]);
+        EXPECT_THAT(other, testing::Pointwise(testing::FloatNear(1e-5F), sound)) << spellings[0];
         for (const char* spelling : spellings) EXPECT_EQ(With(spelling), sound) << spelling;
     }
 }
@@ -108,7 +114,7 @@ TEST_F(RenderSettings, SplitIntoBandsAsAsked) {
                                           {"48dB/oct", "CrossoverMode=\"2\""}}) {
         const std::string options = "--bands=2|--set=Depth=0|--state-out=state|--crossover=";
         const std::vector<float> out = With(options + kind);
-        EXPECT_THAT(Bytes("state"), testing::HasSubstr(attribute));
+        EXPECT_THAT(Bytes("state"), HasSubstr(attribute));
         // Kernels add up to the input at their latency, but for rounding.
         for (std::size_t i = 0; i < in.size() && kind[0] != '4'; ++i)
             ASSERT_NEAR(out.at(i), in[i], 1e-6) << kind;
@@ -139,4 +145,42 @@ TEST_F(RenderSettings, AreListedInColumns) {
           "44 +Band 1 Phase .*\nThe same again, by index: Band 2 from 45, Band 3 from 68, ",
           "Type: 'Straight', 'Triplets', 'Dotted'\n"})
         EXPECT_THAT(result.out, testing::ContainsRegex(row));
+}
+
+TEST_F(RenderSettings, AreCarriedToTheOtherInterface) {
+    const std::vector<float> sound = With(
+        "--set=Voices=6|--channel-mode=Mid|--protection=extreme|--bands=3|--crossover=hybrid|"
+        "--set=Band limit 1=250 Hz|--state-out=state");
+    EXPECT_THAT(Bytes("state"), testing::AllOf(HasSubstr("<settings"), HasSubstr("Mono"),
+                                               HasSubstr("MaxLFOBlockSize=\"1\"")));
+    for (const char* interface : {"--bypass=false", "--vst2"})
+        EXPECT_EQ(With(std::string("--state-in=state|") + interface), sound);
+    // Without any sound to render, and through the other interface.
+    EXPECT_EQ(Render({"--state-in=state", "--vst2", "--state-out=again"}).err, "");
+    EXPECT_EQ(Bytes("again"), Bytes("state"));
+}
+
+TEST_F(RenderSettings, ArePartOfWhatIsTold) {
+    for (const std::string interface : {"--bypass=false", "--vst2"}) {
+        const std::string info = Render({"--info", interface}).out;
+        for (const char* line : {"Name: +Quillorea\n", "Version: +0?.?1", "Latency: +18 samples\n",
+                                 "Tail: +[0-9]+ samples\n", "main audio input, 2 channels\n"})
+            EXPECT_THAT(info, testing::ContainsRegex(line)) << interface;
+        EXPECT_THAT(Render({"--list-params", interface}).out,
+                    testing::ContainsRegex("27 +27 +(Band 1|1Voices).* 0.111111 = 2\n"));
+    }
+}
+
+TEST_F(RenderSettings, TakePositionsOfAPluginThatIsNotKnown) {
+    const std::string other = std::string("--plugin=") + OTHER_PLUGIN;
+    for (const char* interface : {"--bypass=false", "--vst2"}) {
+        EXPECT_EQ(Render({"--list", other, interface}).out,
+                  Render({"--list-params", other, interface}).out);
+        // Its dry sound at position 0, without the product's -6 dB.
+        EXPECT_EQ(Rendered({"in.wav", "out.wav", "--tail=0", other, interface, "--quality=normal",
+                            "--param=1=0"},
+                           "out.wav")
+                      .samples,
+                  ReadSound("in.wav").samples);
+    }
 }
