@@ -91,7 +91,6 @@ TEST_P(Threads, HaveAPluginEach) {
             for (int i = 0; i < 5; ++i) {
                 BuiltPlugin plugin(*library, kTwoBands);
                 EXPECT_EQ(plugin.Run(input), expected);
-                EXPECT_FALSE(plugin->State().empty());
             }
         });
     }

@@ -144,21 +144,3 @@ TEST(Vst3Block, CarriesEditsOfTheAudioThread) {
     EXPECT_EQ(1u, out.getParameterData(0)->getParameterId());
     EXPECT_EQ("", fake.host.handler.Take());
 }
-
-// Three channels and twenty buses where there is one of two.
-TEST(Vst3Block, MayHaveTooManyBuffers) {
-    HostedFake fake;
-    Block block(64, 0.5f);
-    Audio more = Constant(3, 64, 9);
-    auto pointers = WritePointers(more);
-    block.outs.push_back(pointers[0]);
-    std::vector<AudioBusBuffers> ins(20, block.inBus), outs(20);
-    outs[0].numChannels = 3, outs[0].channelBuffers32 = block.outs.data();
-    outs[1].numChannels = 2, outs[1].channelBuffers32 = pointers.data() + 1;
-    block.data.inputs = ins.data();
-    block.data.outputs = outs.data();
-    block.data.numInputs = block.data.numOutputs = 20;
-    fake.host.Run(block);
-    EXPECT_EQ(0.5f, block.out[1][63]);
-    EXPECT_EQ(0, Peak(more)) << "nobody else fills them";
-}

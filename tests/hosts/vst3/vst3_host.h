@@ -5,7 +5,6 @@
 #include <pluginterfaces/vst/ivstunits.h>
 #include <public.sdk/source/common/memorystream.h>
 
-#include <mutex>
 #include <sstream>
 #include <thread>
 
@@ -66,21 +65,16 @@ struct RecordingHandler : HostObject<IComponentHandler, IComponentHandler2> {
     tresult startGroupEdit() override { return kResultFalse; }
     tresult finishGroupEdit() override { return kResultFalse; }
 
-    std::string Take() {
-        const std::lock_guard lock(mutex);
-        return std::exchange(log, {});
-    }
+    std::string Take() { return std::exchange(log, {}); }
     template <typename... Parts>
     tresult Keep(const Parts&... parts) {
         std::ostringstream line;
         (line << ... << parts) << ";";
-        const std::lock_guard lock(mutex);
         log += line.str();
         return kResultOk;
     }
 
     std::function<void()> onEdit = [] {};
-    std::mutex mutex;
     std::string log;
 };
 
