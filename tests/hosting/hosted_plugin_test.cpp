@@ -5,8 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <fstream>
+#include "foundation/streams/stream_support.h"
 
 using testing::HasSubstr;
 using Open = std::shared_ptr<HostedLibrary> (*)(const std::string&);
@@ -15,15 +14,14 @@ using HostedPluginTest = testing::TestWithParam<Open>;
 
 TEST_P(HostedPluginTest, IsNotThereWhereItsLibraryIsNone) {
     const bool isVst3 = GetParam() == &OpenVst3;
-    const std::filesystem::path folder =
-        std::filesystem::path(testing::TempDir()) / (isVst3 ? "none3.vst3" : "none2");
+    const TestFolder own;
+    own.SetContent("text.so", "no library");
+    const std::filesystem::path folder = own.path / "none.vst3";
     std::filesystem::create_directory(folder);
-    const std::filesystem::path text = folder / "text.so";
-    std::ofstream(text) << "no library";
     const std::tuple<std::string, const char*> cases[] = {
         {folder / "none.so", "none.so': No such file or directory."},
-        {folder, isVst3 ? "it has no 'Contents/" : "it is a folder."},
-        {text, "is not a plug-in that can be loaded: "},
+        {isVst3 ? folder : own.path, isVst3 ? "it has no 'Contents/" : "it is a folder."},
+        {own.Path("text.so"), "is not a plug-in that can be loaded: "},
         {HOSTING_NO_PLUGIN, isVst3 ? "no entry 'ModuleEntry'." : "no entry 'VSTPluginMain'."},
         {HOSTING_REFUSING_PLUGIN, isVst3 ? "offers no plug-in." : "refuses to make an instance."},
     };
@@ -36,7 +34,6 @@ TEST_P(HostedPluginTest, IsNotThereWhereItsLibraryIsNone) {
             EXPECT_THAT(error.what(), testing::EndsWith("."));
         }
     }
-    std::filesystem::remove_all(folder);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothInterfaces, HostedPluginTest, testing::Values(&OpenVst2, &OpenVst3));
