@@ -2,11 +2,6 @@
 
 // The chorus in its frame behind both interfaces, with no more around it than they need.
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <string>
-
 #include "effect/chorus_entry.h"
 #include "hosts/adapter/product_info.h"
 #include "hosts/vst2/vst_entry.h"
@@ -15,19 +10,9 @@
 
 namespace {
 
-bool IsSurroundActivated() {
-    const char* const folder = std::getenv("XDG_CONFIG_HOME");  // NOLINT(concurrency-mt-unsafe)
-    if (folder == nullptr) return false;
-    std::ifstream file(std::string(folder) + "/quillorea/GlobalConfiguration.xml");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    return text.find("SurroundActivated=\"1\"") != std::string::npos;
-}
-
 std::unique_ptr<MAudioPlugin> CreatePlugin() {
     auto plugin = std::make_unique<MAudioEffectPluginToAudioPluginAdapter>();
-    plugin->Initialize("chorus", "Chorus", ChorusEntry,
-                       {.surround = IsSurroundActivated(), .configuration = nullptr});
-    plugin->receivesMIDI = true;
+    plugin->Initialize("chorus", "Chorus", ChorusEntry);
     return plugin;
 }
 

@@ -48,12 +48,15 @@ TEST_F(RenderedFiles, KeepRateChannelsLengthAndSoundInEveryFormat) {
         source.format = row.inputFormat;
         WriteSound("a", source);
         const SoundData input = ReadSound("a");
-        const SoundData output = Rendered(
-            {"a", row.output, kDry, kUnity, "--quality=normal", "--tail", "0"}, row.output);
-        EXPECT_EQ(output.format & (SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK), row.outputFormat);
-        EXPECT_EQ(output.rate, row.rate);
-        EXPECT_EQ(output.channels, row.channels);
-        EXPECT_LE(LargestDifference(input, output), row.tolerance);
+        for (const char* interface : {"--bypass=false", "--vst2"}) {
+            const SoundData output = Rendered(
+                {"a", row.output, kDry, kUnity, "--quality=normal", "--tail", "0", interface},
+                row.output);
+            EXPECT_EQ(output.format & (SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK), row.outputFormat);
+            EXPECT_EQ(output.rate, row.rate);
+            EXPECT_EQ(output.channels, row.channels);
+            EXPECT_LE(LargestDifference(input, output), row.tolerance) << interface;
+        }
     }
 }
 

@@ -10,25 +10,11 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
-#include <fstream>
 #include <numbers>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
 namespace {
-
-fs::path MakeFolder() {
-    std::string pattern = (fs::temp_directory_path() / "quillorea-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    return pattern;
-}
-
-std::string Content(const fs::path& path) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
-}
 
 // In the child only.
 void SendTo(int descriptor, const fs::path& path) {
@@ -36,13 +22,6 @@ void SendTo(int descriptor, const fs::path& path) {
 }
 
 }  // namespace
-
-RenderFolder::RenderFolder() : folder(MakeFolder()), logFolder(MakeFolder()) {}
-
-RenderFolder::~RenderFolder() {
-    fs::remove_all(folder);
-    fs::remove_all(logFolder);
-}
 
 RenderResult RenderFolder::Render(const Arguments& arguments,
                                   std::optional<std::uint64_t> largestFile) {
@@ -56,8 +35,8 @@ pid_t RenderFolder::Start(const Arguments& arguments, std::optional<std::uint64_
     texts.push_back(nullptr);
     const pid_t process = fork();
     if (process != 0) return process;
-    SendTo(STDOUT_FILENO, logFolder / "out");
-    SendTo(STDERR_FILENO, logFolder / "err");
+    SendTo(STDOUT_FILENO, logs.path / "out");
+    SendTo(STDERR_FILENO, logs.path / "err");
     // Whoever runs the tests may ignore it, and what is ignored stays so in a new program.
     std::signal(SIGHUP, SIG_DFL);
     if (largestFile) {
@@ -77,8 +56,8 @@ RenderResult RenderFolder::Finish(pid_t process) {
     if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
     if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
     result.maxResidentKilobytes = usage.ru_maxrss;
-    result.out = Content(logFolder / "out");
-    result.err = Content(logFolder / "err");
+    result.out = logs.Content("out");
+    result.err = logs.Content("err");
     return result;
 }
 
@@ -123,8 +102,6 @@ float RenderFolder::LargestDifference(const SoundData& a, const SoundData& b) {
         largest = std::max(largest, std::abs(a.samples[i] - b.samples[i]));
     return largest;
 }
-
-std::string RenderFolder::Bytes(const std::string& name) { return Content(folder / name); }
 
 std::vector<std::string> RenderFolder::Names() {
     std::vector<std::string> names;

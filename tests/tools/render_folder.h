@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "foundation/streams/stream_support.h"
+
 // A folder of its own for each case, sound files in it, and the real program run there.
 
 struct SoundData {
@@ -33,9 +35,6 @@ class RenderFolder : public testing::Test {
 public:
     using Arguments = std::vector<std::string>;
 
-    RenderFolder();
-    ~RenderFolder() override;
-
     RenderResult Render(const Arguments& arguments,
                         std::optional<std::uint64_t> largestFile = std::nullopt);
     // In two halves, for what happens in between.
@@ -53,12 +52,14 @@ public:
     static SoundData Tones(double seconds, int channels = 1, int rate = 44100);
     static float LargestDifference(const SoundData& a, const SoundData& b);
 
-    std::string Bytes(const std::string& name);
+    std::string Bytes(const char* name) { return own.Content(name); }
     // Every name in the folder, sorted, hidden ones included.
     std::vector<std::string> Names();
 
-    std::filesystem::path folder;
-
 private:
-    std::filesystem::path logFolder;  // apart, so that Names has the program's files only
+    const TestFolder own;
+    const TestFolder logs;  // apart, so that Names has the program's files only
+
+public:
+    const std::filesystem::path& folder = own.path;
 };

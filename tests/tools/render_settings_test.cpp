@@ -3,14 +3,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
-#include <numbers>
 #include <set>
 #include <sstream>
-#include <tuple>
 
 #include "effect/chorus_driver.h"
 #include "tools/render_folder.h"
+
+using testing::HasSubstr;
 
 namespace {
 
@@ -27,17 +26,6 @@ protected:
         for (std::string option; std::getline(stream, option, '|');) arguments.push_back(option);
         return Rendered(arguments, "out.wav").samples;
     }
-
-    // Of the left channel, over whole periods behind the first and before the last filters' ends.
-    static double LevelAt(double hertz, const std::vector<float>& samples) {
-        constexpr int kStart = 44100 / 10;
-        constexpr int kCount = 3 * 44100 / 10;
-        std::complex<double> sum = 0;
-        for (int i = kStart; i < kStart + kCount; ++i)
-            sum += static_cast<double>(samples.at(2 * static_cast<std::size_t>(i))) *
-                   std::polar(1.0, -2 * std::numbers::pi * hertz * i / 44100);
-        return 2 * std::abs(sum) / kCount;
-    }
 };
 
 }  // namespace
@@ -51,9 +39,11 @@ TEST_F(RenderSettings, MeanTheSameInEverySpelling) {
         {"--set=Depth=1.5", "--set|band 1 dry/wet=+1.5", "--automate=Depth=0:0.75",
          "--set=Depth=0.5|--set=DEPTH=1.5"},
         {"--set=Depth=0", "--randomize=1|--seed=9|--set=Depth=0|--set=Tremolo=0", "--bypass",
-         "--set=Dry/wet=0"},
+         "--set=Dry/wet=0", "--param=Bypass=1"},
         // Behind 3 of the whole, 6 gains, 5 limits, 2 triggers, 6 panoramas, a heading, 4 others.
-        {"--set=27=6", "--automate=Voices=0:6", "--set=Voices=1|--automate=27=3:6,4:6"},
+        {"--set=27=6", "--automate=Voices=0:6", "--set=Voices=1|--automate=27=3:6,4:6",
+         "--param=Voices=6", "--param|voices=0.5555555556", "--param=Band 1 - Voices=6",
+         "--param=band1voices=6|--vst2", "--param=27=0.5555555556|--vst2"},
         {"--bands=3", "--bands=3|--crossover=24dB/oct|--set=Band limit 1=200 Hz",
          "--bands=3|--param=Band limit 2=2000 Hz"},
         {"--bands=3|--set=Voices=6", "--bands=3|--automate=Voices=0:6|--set=Voices=2",
@@ -73,12 +63,17 @@ TEST_F(RenderSettings, MeanTheSameInEverySpelling) {
          "--tempo=90|--automate=sync=0:On|--automate=length=0:8"},
         {"--seed=3|--randomize=1", "--randomize|1|--seed|3|--block=64"},
         {"--seed=4|--randomize=1"},
+        {"--automate=Depth=0:0,0.1:1"},
+        {"--tempo=100|--position=330.25|--set=sync=on"},
         {"--seed=4|--randomize=1|--bands=2", "--bands=2|--randomize=1|--seed=4"},
     };
     std::set<std::vector<float>> sounds;
     for (const auto& spellings : groups) {
         const std::vector<float> sound = With(spellings[0]);
         EXPECT_TRUE(sounds.insert(sound).second) << "sounds like a group before";
+        // Positions have 32 bits there.
+        const std::vector<float> other = With(std::string("--vst2|") + spellings[0]);
+        EXPECT_THAT(other, testing::Pointwise(testing::FloatNear(1e-5F), sound)) << spellings[0];
         for (const char* spelling : spellings) EXPECT_EQ(With(spelling), sound) << spelling;
     }
 }
@@ -92,18 +87,6 @@ TEST_F(RenderSettings, SoundAsTheEffectDoesAlone) {
     const Audio alone = ChorusDriver(settings).Rendered(input);
     const std::vector<float> out = With("--set=Depth=0.7");
     for (std::size_t i = 0; i < in.size(); ++i) ASSERT_EQ(out.at(i), alone[i % 2][i / 2]) << i;
-}
-
-TEST_F(RenderSettings, LeaveAloneWhatTheChannelModeLeavesOut) {
-    const std::vector<float> in = ReadSound("in.wav").samples;
-    // How left and right add up to what is left out.
-    const std::tuple<std::string, float, float> rows[] = {
-        {"Left", 0, 1}, {"R", 1, 0}, {"mono", 1, -1}, {"Side", 1, 1}};
-    for (const auto& [mode, left, right] : rows) {
-        const std::vector<float> out = With("--channel-mode=" + mode);
-        for (std::size_t i = 0; i < in.size(); i += 2)
-            ASSERT_NEAR(left * (out[i] - in[i]) + right * (out[i + 1] - in[i + 1]), 0, 1e-6) << i;
-    }
 }
 
 TEST_F(RenderSettings, MoveAndHoldAsAutomated) {
@@ -125,29 +108,16 @@ TEST_F(RenderSettings, MoveAndHoldAsAutomated) {
 }
 
 TEST_F(RenderSettings, SplitIntoBandsAsAsked) {
-    // The lower band of two, 24 dB down, of a low and a high partial. Low and high passes of 24 dB
-    // an octave are in phase, 1 and r^4 over 1 + r^4; the linear kind lets nothing pass beyond its
-    // limit.
-    const double down = std::pow(10, -24 / 20.0);
-    const double low = std::pow(220 / 600.0, 4);
-    const double high = std::pow(1500 / 600.0, 4);
-    const std::tuple<const char*, double, double> rows[] = {
-        {"linear", down, 1},
-        {"24dB/oct", (down + low) / (1 + low), (down + high) / (1 + high)},
-    };
-    for (const auto& [kind, atLow, atHigh] : rows) {
-        const std::string bands = std::string("--bands=2|--crossover=") + kind;
-        const std::vector<float> out =
-            With(bands + "|--set=Band limit 1=600 Hz|--set=Band gain 1=-24|--set=Depth=0");
-        // 1 %: the frequencies that the bilinear transform bends.
-        EXPECT_NEAR(LevelAt(220, out), 0.2 * atLow, 0.2 * 0.01) << kind;
-        EXPECT_NEAR(LevelAt(1500, out), 0.1 * atHigh, 0.1 * 0.01) << kind;
-    }
-    // Both kinds of 3072 samples' latency lie on the input, but for rounding.
-    for (const char* kind : {"linear", "hybrid"}) {
-        const std::vector<float> in = ReadSound("in.wav").samples;
-        const auto out = With(std::string("--bands=2|--set=Depth=0|--crossover=") + kind);
-        for (std::size_t i = 0; i < in.size(); ++i) ASSERT_NEAR(out.at(i), in[i], 1e-6) << kind;
+    const std::vector<float> in = ReadSound("in.wav").samples;
+    for (const auto& [kind, attribute] : {std::pair{"linear", "LinearPhaseCrossover=\"1\""},
+                                          {"hybrid", "LinearPhaseCrossoverFixedQ=\"1\""},
+                                          {"48dB/oct", "CrossoverMode=\"2\""}}) {
+        const std::string options = "--bands=2|--set=Depth=0|--state-out=state|--crossover=";
+        const std::vector<float> out = With(options + kind);
+        EXPECT_THAT(Bytes("state"), HasSubstr(attribute));
+        // Kernels add up to the input at their latency, but for rounding.
+        for (std::size_t i = 0; i < in.size() && kind[0] != '4'; ++i)
+            ASSERT_NEAR(out.at(i), in[i], 1e-6) << kind;
     }
 }
 
@@ -175,4 +145,42 @@ TEST_F(RenderSettings, AreListedInColumns) {
           "44 +Band 1 Phase .*\nThe same again, by index: Band 2 from 45, Band 3 from 68, ",
           "Type: 'Straight', 'Triplets', 'Dotted'\n"})
         EXPECT_THAT(result.out, testing::ContainsRegex(row));
+}
+
+TEST_F(RenderSettings, AreCarriedToTheOtherInterface) {
+    const std::vector<float> sound = With(
+        "--set=Voices=6|--channel-mode=Mid|--protection=extreme|--bands=3|--crossover=hybrid|"
+        "--set=Band limit 1=250 Hz|--state-out=state");
+    EXPECT_THAT(Bytes("state"), testing::AllOf(HasSubstr("<settings"), HasSubstr("Mono"),
+                                               HasSubstr("MaxLFOBlockSize=\"1\"")));
+    for (const char* interface : {"--bypass=false", "--vst2"})
+        EXPECT_EQ(With(std::string("--state-in=state|") + interface), sound);
+    // Without any sound to render, and through the other interface.
+    EXPECT_EQ(Render({"--state-in=state", "--vst2", "--state-out=again"}).err, "");
+    EXPECT_EQ(Bytes("again"), Bytes("state"));
+}
+
+TEST_F(RenderSettings, ArePartOfWhatIsTold) {
+    for (const std::string interface : {"--bypass=false", "--vst2"}) {
+        const std::string info = Render({"--info", interface}).out;
+        for (const char* line : {"Name: +Quillorea\n", "Version: +0?.?1", "Latency: +18 samples\n",
+                                 "Tail: +[0-9]+ samples\n", "main audio input, 2 channels\n"})
+            EXPECT_THAT(info, testing::ContainsRegex(line)) << interface;
+        EXPECT_THAT(Render({"--list-params", interface}).out,
+                    testing::ContainsRegex("27 +27 +(Band 1|1Voices).* 0.111111 = 2\n"));
+    }
+}
+
+TEST_F(RenderSettings, TakePositionsOfAPluginThatIsNotKnown) {
+    const std::string other = std::string("--plugin=") + OTHER_PLUGIN;
+    for (const char* interface : {"--bypass=false", "--vst2"}) {
+        EXPECT_EQ(Render({"--list", other, interface}).out,
+                  Render({"--list-params", other, interface}).out);
+        // Its dry sound at position 0, without the product's -6 dB.
+        EXPECT_EQ(Rendered({"in.wav", "out.wav", "--tail=0", other, interface, "--quality=normal",
+                            "--param=1=0"},
+                           "out.wav")
+                      .samples,
+                  ReadSound("in.wav").samples);
+    }
 }

@@ -4,7 +4,6 @@
 #include <malloc.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <map>
 #include <optional>
 
@@ -25,12 +24,6 @@ std::shared_ptr<HostedLibrary> OpenAt(Interface interface, const std::string& vs
     return interface == Interface::Vst3 ? OpenVst3(vst3) : OpenVst2(vst2);
 }
 
-fs::path NewFolder() {
-    std::string pattern = fs::temp_directory_path() / "quillorea-suite-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) throw HostingError("Cannot make a folder.");
-    return pattern;
-}
-
 void TellHome(const fs::path& home) {
     setenv("HOME", home.c_str(), 1);
     setenv("XDG_CONFIG_HOME", (home / "config").c_str(), 1);
@@ -39,10 +32,9 @@ void TellHome(const fs::path& home) {
 
 // Of the whole program, so that nobody's settings reach the library.
 const struct EmptyHome {
-    EmptyHome() { TellHome(path); }
-    ~EmptyHome() { fs::remove_all(path); }
+    EmptyHome() { TellHome(folder.path); }
 
-    const fs::path path = NewFolder();
+    const TestFolder folder;
 } emptyHome;
 
 // IDs by name.
@@ -132,24 +124,21 @@ std::uint32_t IDOf(const std::string& name) {
 
 std::uint32_t ParameterCount() { return static_cast<std::uint32_t>(IDs().size()); }
 
-FreshLibrary::FreshLibrary(const std::string& settings)
-    : home(NewFolder() / "home"), folder(home.parent_path()) {
+FreshLibrary::FreshLibrary(const std::string& settings) {
     fs::create_directories(home / "config/quillorea");
-    fs::copy(QUILLOREA_LIBRARY, folder / "Quillorea.so");
+    fs::copy(QUILLOREA_LIBRARY, folder.path);
     if (!settings.empty())
-        std::ofstream(home / "config/quillorea/GlobalConfiguration.xml") << settings;
+        folder.SetContent("home/config/quillorea/GlobalConfiguration.xml", settings);
     TellHome(home);
 }
 
 FreshLibrary::~FreshLibrary() {
-    TellHome(emptyHome.path);
-    std::error_code failed;
-    fs::permissions(home, fs::perms::owner_all, failed);
-    fs::remove_all(folder, failed);
+    TellHome(emptyHome.folder.path);
+    fs::permissions(home, fs::perms::owner_all);
 }
 
 std::shared_ptr<HostedLibrary> FreshLibrary::Open(Interface interface) const {
-    const std::string copy = folder / "Quillorea.so";
+    const std::string copy = folder.path / fs::path(QUILLOREA_LIBRARY).filename();
     return OpenAt(interface, copy, copy);
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/streams/stream_support.h"
 #include "hosting/hosted_plugin.h"
 #include "support/signals.h"
 
@@ -82,10 +83,9 @@ public:
 
     std::shared_ptr<HostedLibrary> Open(Interface interface) const;
 
-    std::filesystem::path home;  // with the folders "config" and "data", which XDG's variables name
-
-private:
-    std::filesystem::path folder;
+    const TestFolder folder;
+    // With the folders "config" and "data", which XDG's variables name.
+    const std::filesystem::path home = folder.path / "home";
 };
 
 int ThreadCount();

@@ -4,9 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include <set>
+
 #include "hosting/vst2_plugin.h"
 #include "hosting/vst3_plugin.h"
 #include "hosts/suite/built_plugin.h"
+#include "plugin/contract/plugin_host.h"
 
 using namespace Steinberg;
 
@@ -39,9 +42,6 @@ TEST(Vst3Library, HasOneFactoryOfOneClass) {
     ASSERT_TRUE(factory);
     EXPECT_EQ(factory.getInterface(), get());
     factory->release();
-    PFactoryInfo info;
-    ASSERT_EQ(factory->getFactoryInfo(&info), kResultOk);
-    EXPECT_EQ(info.flags, PFactoryInfo::kUnicode);
     ASSERT_EQ(factory->countClasses(), 1);
     PClassInfoW effect;
     ASSERT_EQ(factory->getClassInfoUnicode(0, &effect), kResultOk);
@@ -49,7 +49,7 @@ TEST(Vst3Library, HasOneFactoryOfOneClass) {
     EXPECT_STREQ(effect.category, "Audio Module Class");
     EXPECT_NE(factory->getClassInfoUnicode(1, &effect), kResultOk);
 
-    void* object = &info;
+    void* object = &effect;
     EXPECT_NE(factory->createInstance(FUnknown::iid, Vst::IComponent::iid, &object), kResultOk);
     EXPECT_EQ(object, nullptr) << "not a class of this factory";
     EXPECT_TRUE(library->Library().Require<bool (*)(void*)>("ModuleEntry")(nullptr));
@@ -65,6 +65,19 @@ TEST(Vst2Library, GivesNothingToWhatIsNoHost) {
                   [](AEffect*, int, int, VstIntPtr, void*, float) -> VstIntPtr { return 0; }),
               nullptr);
     EXPECT_NE(library->Library().Find<void*>("main"), nullptr);
+    const auto entry = library->Library().Require<PluginEntry>("FennirAudioEffectPluginInterface");
+    EXPECT_NE(MPluginSystem::CreateOrRaise("chorus", entry)->Effect(), nullptr);
+}
+
+TEST(Vst2Library, TellsParametersApartInSevenLetters) {
+    const auto parameters = OpenBuilt(Interface::Vst2)->Create()->Parameters();
+    std::set<std::string> names;
+    for (const HostedParameter& parameter : parameters) {
+        EXPECT_LE(parameter.name.size(), 7u);
+        names.insert(parameter.name);
+    }
+    EXPECT_EQ(names.size(), parameters.size());
+    EXPECT_THAT(names, testing::IsSupersetOf({"Dry/wet", "BanGa6", "1Rate", "6RatVar"}));
 }
 
 // VST 3 takes only what changes both directions.

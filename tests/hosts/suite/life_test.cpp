@@ -71,13 +71,8 @@ TEST_P(Life, SoundsTheSameInAnyBlocksAtAnyRate) {
 // Of a plug-in that lets the dry sound through, and of one that is bypassed. Mono, since in stereo
 // the dry sound comes 9 samples early.
 TEST_P(Life, IsAsLateAsItTellsInEveryCrossover) {
-    const char* const kinds[] = {"CrossoverMode=\"0\"",
-                                 "CrossoverMode=\"1\"",
-                                 "CrossoverMode=\"2\"",
-                                 "CrossoverMode=\"3\"",
-                                 "CrossoverMode=\"4\"",
-                                 "CrossoverMode=\"5\"",
-                                 "LinearPhaseCrossover=\"1\"",
+    const char* const kinds[] = {"CrossoverMode=\"0\"", "CrossoverMode=\"3\"",
+                                 "CrossoverMode=\"5\"", "LinearPhaseCrossover=\"1\"",
                                  "LinearPhaseCrossover=\"1\" LinearPhaseCrossoverFixedQ=\"1\""};
     Audio impulse = Silence(1, 6000);
     impulse[0][0] = 0.5f;
@@ -134,21 +129,26 @@ TEST_P(Life, IsSilentForSilenceAndBehindItsTail) {
     }
 }
 
-TEST_P(Life, BearsBuffersThatAreMissing) {
+TEST_P(Life, BearsBuffersThatAreMissingOrTooMany) {
     Audio in = Noise(2, 256, 0.25f), out = Silence(2, 256);
     auto inputs = WritePointers(in), outputs = WritePointers(out);
     float* halfIn[] = {in[0].data(), nullptr};
     float* halfOut[] = {out[0].data(), nullptr};
     float* none[] = {nullptr, nullptr};
+    Audio more = Constant(3, 256, 9);
+    auto extra = WritePointers(more);
     const std::vector<HostedBuffers> buses[] = {{},
                                                 {{nullptr, 2}},
                                                 {{nullptr, 0}},
                                                 {{none, 2}},
                                                 {{halfIn, 2}},
                                                 {{inputs.data(), 1}},
-                                                {{inputs.data(), 2}}};
+                                                {{inputs.data(), 2}},
+                                                {{extra.data(), 3}}};
     BuiltPlugin plugin(GetParam());
     plugin.Run(in);
+    HostedBlock widest{.inputs = buses[7], .outputs = buses[7]};
+    plugin->Process(widest);  // the host itself makes room
     for (const auto& from : buses) {
         for (std::vector<HostedBuffers> to : buses) {
             for (HostedBuffers& bus : to) {
@@ -162,6 +162,9 @@ TEST_P(Life, BearsBuffersThatAreMissing) {
             EXPECT_LT(Peak(out), 1);
         }
     }
+    if (GetParam() == Interface::Vst3) {
+        EXPECT_EQ(Peak({more[2]}), 0) << "nobody else fills it";
+    }
     plugin->SetState(kDryBands);
     const Audio input = Noise(2, 3000, 0.25f);
     EXPECT_EQ(plugin.Run(input), BuiltPlugin(GetParam(), kDryBands).Run(input));
@@ -169,15 +172,13 @@ TEST_P(Life, BearsBuffersThatAreMissing) {
 
 TEST_P(Life, WorksInPlace) {
     const Audio input = Noise(2, 4096, 0.25f);
-    Audio sound = input;
     BuiltPlugin plugin(GetParam(), kThreeBands);
-    for (int from = 0; from < 4096; from += 512) {
-        auto pointers = WritePointers(sound, from);
-        HostedBlock block{.sampleCount = 512,
-                          .inputs = {{pointers.data(), 2}},
-                          .outputs = {{pointers.data(), 2}}};
-        plugin.Process(block);
-    }
+    const Audio sound = plugin.Run(input, {512}, [](HostedBlock& block, int) {
+        std::swap(block.inputs, block.outputs);
+        for (int c = 0; c < 2; ++c)
+            std::copy_n(block.outputs[0].channels[c], 512, block.inputs[0].channels[c]);
+        block.outputs = block.inputs;
+    });
     EXPECT_EQ(sound, BuiltPlugin(GetParam(), kThreeBands).Run(input));
 }
 
@@ -185,18 +186,12 @@ TEST_P(Life, BearsEveryTransport) {
     const double bad = std::nan("");
     const HostedTransport transports[] = {
         {},
-        {.isPlaying = true},
-        {.tempo = 0},
+        {.isPlaying = true, .tempo = 0},
         {.tempo = -120, .position = bad},
         {.isPlaying = true, .tempo = bad, .position = HUGE_VAL, .signature = {{0, 0}}},
         {.isPlaying = true, .tempo = 1e9, .position = -1e12, .barStart = bad},
         {.tempo = 1e-9, .signature = {{-3, 1 << 30}}, .cycle = {{bad, bad}}},
-        {.isPlaying = true,
-         .tempo = 90,
-         .position = 7,
-         .barStart = 4,
-         .signature = {{7, 8}},
-         .cycle = {{4, 2}}},
+        {true, 90, 7, 4, {{7, 8}}, {{4, 2}}},
     };
     const std::string synchronized = StateOf("BandCount=\"2\"", "sync=\"1\"");
     const Audio input = Noise(2, 2000, 0.25f);
@@ -207,30 +202,10 @@ TEST_P(Life, BearsEveryTransport) {
         const Audio sound = plugin.Run(
             input, {512}, [&](HostedBlock& block, int) { block.transport = &transport; });
         EXPECT_LT(Peak(sound), 1);
-        if (&transport == transports) {
-            EXPECT_EQ(sound, expected) << "as without any";
-        }
-        if (&transport == std::end(transports) - 1) {
-            EXPECT_NE(sound, expected) << "but follows";
+        // Without tempo or position it is as without any.
+        if (&transport == transports || transport.barStart == 4) {
+            EXPECT_EQ(sound == expected, &transport == transports);
         }
         EXPECT_LT(Peak(plugin.Run(input)), 1) << "and without it again";
     }
-}
-
-TEST_P(Life, IsLivedByAHundredAtOnce) {
-    constexpr int kCount = 100;
-    const Audio input = Noise(2, 512, 0.25f);
-    const auto library = OpenBuilt(GetParam());
-    const Audio expected = BuiltPlugin(*library, {}).Run(input);
-    const int threads = ThreadCount();
-    const std::int64_t before = BytesInUse();
-    {
-        std::vector<std::unique_ptr<BuiltPlugin>> plugins;
-        for (int i = 0; i < kCount; ++i)
-            plugins.push_back(std::make_unique<BuiltPlugin>(*library, ""));
-        for (const auto& plugin : plugins) EXPECT_EQ(plugin->Run(input), expected);
-        EXPECT_LE(BytesInUse() - before, kCount * std::int64_t{8} << 20);
-    }
-    EXPECT_EQ(ThreadCount(), threads);
-    EXPECT_LT(BytesInUse() - before, kCount * 1000) << "but what the allocator keeps ready";
 }

@@ -41,6 +41,8 @@ TEST(Vst3Parameters, AreTheSharedOnesThenBypassThenControllers) {
             EXPECT_FALSE(parameters[p].isAutomatable);
         }
     }
+    EXPECT_EQ(parameters[own].stepCount, 1);
+    EXPECT_EQ(parameters.back().defaultPosition, 0.5) << "pitch bend";
     EXPECT_EQ(OpenBuilt(Interface::Vst2)->Create()->Parameters().size(), own);
 }
 

@@ -67,30 +67,25 @@ TEST_P(Process, GetsNoThreadAndNoFileByALook) {
 TEST_P(Process, NeedsNoHome) {
     const Audio input = Noise(2, 2000, 0.25f);
     const Audio expected = BuiltPlugin(GetParam()).Run(input);
-    struct Home {
-        const char* settings;
-        const char* path;  // null: as it was made
-        bool isReadOnly;
-    };
-    const Home homes[] = {
-        {"", "/nowhere/at/all", false},
-        {"", "", false},
-        {"", "relative", false},
-        {"", "/dev/null", false},
-        {"", nullptr, true},
-        {"not <a file> of settings", nullptr, false},
-        {"<GlobalConfiguration", nullptr, false},
+    // A file of settings in a folder that nobody may write, or where the home is told to be.
+    const std::pair<const char*, const char*> homes[] = {
+        {"", "/nowhere/at/all"},
+        {"", ""},
+        {"", "relative"},
+        {"", "/dev/null"},
+        {"", nullptr},
+        {"not <a file> of settings", nullptr},
+        {"<GlobalConfiguration", nullptr},
         {"<GlobalConfiguration><MAudioPluginSettings DefaultBandCount=\"99\" "
          "SurroundActivated=\"\xff\"/></GlobalConfiguration>",
-         nullptr, true},
+         nullptr},
     };
-    for (const Home& home : homes) {
-        SCOPED_TRACE(&home - homes);
-        const FreshLibrary fresh(home.settings);
+    for (const auto& [settings, path] : homes) {
+        SCOPED_TRACE(testing::Message() << settings << " " << (path != nullptr ? path : "-"));
+        const FreshLibrary fresh(settings);
         for (const char* variable : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
-            if (home.path != nullptr) setenv(variable, home.path, 1);
-        if (home.isReadOnly)
-            fs::permissions(fresh.home, fs::perms::owner_read | fs::perms::owner_exec);
+            if (path != nullptr) setenv(variable, path, 1);
+        fs::permissions(fresh.home, fs::perms::owner_read | fs::perms::owner_exec);
         const auto library = fresh.Open(GetParam());
         BuiltPlugin plugin(*library, StateOf("BandCount=\"1\""));
         EXPECT_EQ(plugin.Run(input), expected);

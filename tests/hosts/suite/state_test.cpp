@@ -2,8 +2,8 @@
 
 // What a song keeps, through one interface and the other.
 
-#include <algorithm>
-#include <cmath>
+#include <gmock/gmock.h>
+
 #include <random>
 
 #include "hosts/suite/built_plugin.h"
@@ -35,13 +35,6 @@ void Draw(BuiltPlugin& plugin, unsigned seed) {
     plugin.Flush(changes);
 }
 
-double LargestDifference(const std::vector<double>& a, const std::vector<double>& b) {
-    double largest = a.size() == b.size() ? 0 : HUGE_VAL;
-    for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i)
-        largest = std::max(largest, std::abs(a[i] - b[i]));
-    return largest;
-}
-
 }  // namespace
 
 TEST_P(State, MakesAnotherInstanceTheSameThroughEitherInterface) {
@@ -57,12 +50,13 @@ TEST_P(State, MakesAnotherInstanceTheSameThroughEitherInterface) {
             BuiltPlugin same(other, state);
             EXPECT_EQ(same->State(), state);
             // Numbers are kept with 12 decimals, VST 2 tells positions in 32 bits.
-            EXPECT_LT(LargestDifference(same.Positions(), plugin.Positions()), 1e-6);
+            EXPECT_THAT(same.Positions(),
+                        testing::Pointwise(testing::DoubleNear(1e-6), plugin.Positions()));
             EXPECT_EQ(same->Latency(), plugin->Latency());
             sounds[other == Interface::Vst2] = same.Run(input);
         }
         EXPECT_GT(Peak(sounds[0]), 1e-3);
-        EXPECT_LT(::LargestDifference(sounds[0], sounds[1]), 1e-6) << "-120 dBFS";
+        EXPECT_LT(LargestDifference(sounds[0], sounds[1]), 1e-6) << "-120 dBFS";
     }
 }
 
@@ -141,7 +135,7 @@ TEST_P(State, KeepsTheBypass) {
     EXPECT_TRUE(passes(loaded));
     if (GetParam() == Interface::Vst3) {
         EXPECT_EQ(loaded->Position(0x7fff), 1);
-        loaded.Flush({{0x7fff, 0, 0}});
+        loaded.Flush({{0x7fff, 0, 1}, {0x7fff, 9, 0.5}});
     } else {
         loaded->SetState(StateOf("BandCount=\"2\""));
     }

@@ -83,14 +83,14 @@ TEST_P(Threads, MayAskForAndSetStatesAndParametersWhileAudioRuns) {
 TEST_P(Threads, HaveAPluginEach) {
     const Audio input = Noise(2, 4000, 0.25f);
     const Audio expected = BuiltPlugin(GetParam(), kTwoBands).Run(input);
-    const auto library = OpenBuilt(GetParam());
+    const FreshLibrary fresh;  // whose first two instances are made at once
+    const auto library = fresh.Open(GetParam());
     std::vector<std::thread> threads;
     for (int t = 0; t < 2; ++t) {
         threads.emplace_back([&] {
             for (int i = 0; i < 5; ++i) {
                 BuiltPlugin plugin(*library, kTwoBands);
                 EXPECT_EQ(plugin.Run(input), expected);
-                EXPECT_FALSE(plugin->State().empty());
             }
         });
     }

@@ -8,14 +8,12 @@
 #include <functional>
 #include <set>
 
-#include "effect/chorus_entry.h"
 #include "foundation/xml/store_visitor.h"
 #include "hosts/adapter/midi_queue.h"
 #include "hosts/adapter/product_info.h"
 #include "hosts/vst2/vst2_interface.h"
 #include "hosts/vst2/vst_entry.h"
 #include "plugin/frame/frame_plugin.h"
-#include "plugin/multi_band_adapter.h"
 
 // A plug-in with one parameter, that writes down its MIDI.
 struct FakePlugin : FramePlugin {
@@ -46,12 +44,6 @@ struct FakePlugin : FramePlugin {
     int notes = 0;  // sent in each block, 30 samples apart
 };
 
-inline std::unique_ptr<MAudioPlugin> MakeChorus() {
-    auto plugin = std::make_unique<MAudioEffectPluginToAudioPluginMultiBandAdapter>();
-    plugin->Initialize("Chorus", "Chorus", ChorusEntry);
-    return plugin;
-}
-
 // A host that holds one effect, by its structure alone. Opcodes are the interface's numbers.
 struct VstHost {
     explicit VstHost(std::unique_ptr<MAudioPlugin> plugin, int newVersion = 2400)
@@ -64,13 +56,11 @@ struct VstHost {
         product.versionNumber = 1234;
         product.create = [] { return std::move(pending); };
         effect = StartVSTPlugin(Callback, product);
-        if (effect != nullptr) effect->user = this;
+        effect->user = this;
     }
     VstHost(const VstHost&) = delete;
     VstHost& operator=(const VstHost&) = delete;
-    ~VstHost() {
-        if (effect != nullptr) Call(1);
-    }
+    ~VstHost() { Call(1); }
 
     VstIntPtr Call(int opcode, int index = 0, VstIntPtr value = 0, void* pointer = nullptr,
                    float option = 0) const {
@@ -84,18 +74,6 @@ struct VstHost {
         EXPECT_EQ(std::string(256 - size, '#'), buffer.substr(size)) << opcode;
         return buffer.c_str();
     }
-    std::string Chunk() const {
-        void* data = nullptr;
-        const VstIntPtr size = Call(23, 0, 0, &data);
-        return std::string(static_cast<const char*>(data), static_cast<std::size_t>(size));
-    }
-    VstIntPtr Load(std::string chunk) const {
-        return Call(24, 0, static_cast<VstIntPtr>(chunk.size()), chunk.data());
-    }
-    void Process(float** in, float** out, int count, bool replacing = true) const {
-        ASSERT_NE(nullptr, effect);
-        (replacing ? effect->processReplacing : effect->process)(effect, in, out, count);
-    }
 
     VstIntPtr Answer(int opcode, int index, void* pointer, float option) {
         ++counts[static_cast<std::size_t>(opcode)];
@@ -107,8 +85,8 @@ struct VstHost {
     }
     static VstIntPtr Callback(AEffect* effect, int opcode, int index, VstIntPtr, void* pointer,
                               float option) {
-        const bool known = effect != nullptr && effect->user != nullptr;
-        VstHost& host = known ? *static_cast<VstHost*>(effect->user) : *creating;
+        const bool isKnown = effect != nullptr && effect->user != nullptr;
+        VstHost& host = isKnown ? *static_cast<VstHost*>(effect->user) : *creating;
         return host.Answer(opcode, index, pointer, option);
     }
 
@@ -133,7 +111,8 @@ struct HostedFake {
     }
     void RunBlock() {
         Audio in = Silence(2, 64), out = in;
-        host.Process(WritePointers(in).data(), WritePointers(out).data(), 64);
+        host.effect->processReplacing(host.effect, WritePointers(in).data(),
+                                      WritePointers(out).data(), 64);
     }
 
     FakePlugin& plugin;

@@ -5,7 +5,6 @@
 #include <pluginterfaces/vst/ivstunits.h>
 #include <public.sdk/source/common/memorystream.h>
 
-#include <mutex>
 #include <sstream>
 #include <thread>
 
@@ -22,11 +21,9 @@ using namespace Steinberg::Vst;
 
 // With a number, a switch in a section and a stored text.
 struct FakePlugin : FramePlugin {
-    explicit FakePlugin(int inputPins = 2, int outputPins = 2, bool hasMIDI = false,
-                        int busChannels = 2)
+    explicit FakePlugin(int inputPins = 2, int outputPins = 2, bool hasMIDI = false)
         : FramePlugin(static_cast<std::size_t>(inputPins), static_cast<std::size_t>(outputPins)) {
         receivesMIDI = sendsMIDI = hasMIDI;
-        channelsPerBus = busChannels;
         toggle.SetBoolean("Toggle", "Toggle", true);
         const AutomationContext context{this, "Band 1", {}, false};
         automation.Add(MakeParameterAdapter<ParameterBaseCustom>(context, toggle, 1));
@@ -68,21 +65,16 @@ struct RecordingHandler : HostObject<IComponentHandler, IComponentHandler2> {
     tresult startGroupEdit() override { return kResultFalse; }
     tresult finishGroupEdit() override { return kResultFalse; }
 
-    std::string Take() {
-        const std::lock_guard lock(mutex);
-        return std::exchange(log, {});
-    }
+    std::string Take() { return std::exchange(log, {}); }
     template <typename... Parts>
     tresult Keep(const Parts&... parts) {
         std::ostringstream line;
         (line << ... << parts) << ";";
-        const std::lock_guard lock(mutex);
         log += line.str();
         return kResultOk;
     }
 
     std::function<void()> onEdit = [] {};
-    std::mutex mutex;
     std::string log;
 };
 
@@ -190,8 +182,7 @@ struct Vst3Host {
 
 // A host and the plug-in in it.
 struct HostedFake {
-    template <typename... Arguments>
-    explicit HostedFake(Arguments... arguments)
+    explicit HostedFake(auto... arguments)
         : HostedFake(std::make_unique<FakePlugin>(arguments...)) {}
     explicit HostedFake(std::unique_ptr<FakePlugin> newPlugin)
         : plugin(*newPlugin), host(std::move(newPlugin)) {}
