@@ -24,7 +24,10 @@ NEEDED = {"libc6", "libgcc-s1", "libsndfile1", "libstdc++6"}
 
 
 def output_of(*command):
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+    done = subprocess.run(command, capture_output=True, text=True)
+    if done.returncode:
+        sys.exit(f"{command[0]} failed:\n{done.stdout}{done.stderr}")
+    return done.stdout
 
 
 def main():

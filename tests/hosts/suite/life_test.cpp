@@ -209,3 +209,17 @@ TEST_P(Life, BearsEveryTransport) {
         EXPECT_LT(Peak(plugin.Run(input)), 1) << "and without it again";
     }
 }
+
+TEST_P(Life, IsLivedByAHundredAtOnce) {
+    constexpr int kCount = 100;
+    const Audio input = Noise(2, 512, 0.25f);
+    const auto library = OpenBuilt(GetParam());
+    const Audio expected = BuiltPlugin(*library, {}).Run(input);
+    const std::int64_t before = BytesInUse();
+    std::vector<std::unique_ptr<BuiltPlugin>> plugins;
+    for (int i = 0; i < kCount; ++i) plugins.push_back(std::make_unique<BuiltPlugin>(*library, ""));
+    for (const auto& plugin : plugins) EXPECT_EQ(plugin->Run(input), expected);
+    EXPECT_LE(BytesInUse() - before, kCount * std::int64_t{8} << 20);
+    plugins.clear();
+    EXPECT_LT(BytesInUse() - before, kCount * 1000) << "but what the allocator keeps ready";
+}
