@@ -31,7 +31,7 @@ class FftSpec;
 
 inline constexpr int kFftUnscaled = 8;  // the only flags there are
 
-// The caller releases the spec. The hint is not used.
+// The caller releases what it gets. The hint is not used.
 VecStatus FftCreate(FftSpec** spec, int order, int flags, int hint);
 
 // Size of the work buffer in bytes; it may lie at any address, and so may the samples. Those at a

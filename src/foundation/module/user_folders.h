@@ -6,7 +6,7 @@
 // Where the user's files of this family of plug-ins belong. They need not be there yet.
 //
 // Threads  any, while nobody changes the environment
-// Method   on Linux by the XDG Base Directory Specification: "quillorea" in $XDG_CONFIG_HOME and
+// Method   on Linux the base directories of freedesktop.org: "quillorea" in $XDG_CONFIG_HOME and
 //          $XDG_DATA_HOME, else in .config and .local/share of $HOME. Paths that are not absolute
 //          count as missing
 struct UserFolders {

@@ -71,8 +71,13 @@ TEST_P(Life, SoundsTheSameInAnyBlocksAtAnyRate) {
 // Of a plug-in that lets the dry sound through, and of one that is bypassed. Mono, since in stereo
 // the dry sound comes 9 samples early.
 TEST_P(Life, IsAsLateAsItTellsInEveryCrossover) {
-    const char* const kinds[] = {"CrossoverMode=\"0\"", "CrossoverMode=\"3\"",
-                                 "CrossoverMode=\"5\"", "LinearPhaseCrossover=\"1\"",
+    const char* const kinds[] = {"CrossoverMode=\"0\"",
+                                 "CrossoverMode=\"1\"",
+                                 "CrossoverMode=\"2\"",
+                                 "CrossoverMode=\"3\"",
+                                 "CrossoverMode=\"4\"",
+                                 "CrossoverMode=\"5\"",
+                                 "LinearPhaseCrossover=\"1\"",
                                  "LinearPhaseCrossover=\"1\" LinearPhaseCrossoverFixedQ=\"1\""};
     Audio impulse = Silence(1, 6000);
     impulse[0][0] = 0.5f;
